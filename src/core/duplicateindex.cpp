@@ -1,0 +1,55 @@
+#include "core/duplicateindex.h"
+
+#include <algorithm>
+
+DuplicateIndex::DuplicateIndex(int capacity) {
+    size_t size = 1024;
+    // Keep the load factor at or below one half for short probe runs.
+    while (size < size_t(capacity) * 2)
+        size <<= 1;
+    m_slots.assign(size, kEmpty);
+    m_mask = size - 1;
+}
+
+size_t DuplicateIndex::slotOf(uint64_t key) const {
+    // 64-bit mix (splitmix64 finaliser) so that neighbouring seconds spread.
+    uint64_t h = key;
+    h ^= h >> 30;
+    h *= 0xbf58476d1ce4e5b9ULL;
+    h ^= h >> 27;
+    h *= 0x94d049bb133111ebULL;
+    h ^= h >> 31;
+    return size_t(h) & m_mask;
+}
+
+bool DuplicateIndex::contains(const DataPoint &p) const {
+    const uint64_t key = keyOf(p);
+    for (size_t i = slotOf(key);; i = (i + 1) & m_mask) {
+        if (m_slots[i] == key)
+            return true;
+        if (m_slots[i] == kEmpty)
+            return false;
+    }
+}
+
+void DuplicateIndex::insert(const DataPoint &p) {
+    const uint64_t key = keyOf(p);
+    for (size_t i = slotOf(key);; i = (i + 1) & m_mask) {
+        if (m_slots[i] == key)
+            return;
+        if (m_slots[i] == kEmpty) {
+            m_slots[i] = key;
+            return;
+        }
+    }
+}
+
+void DuplicateIndex::clear() {
+    std::fill(m_slots.begin(), m_slots.end(), kEmpty);
+}
+
+void DuplicateIndex::rebuild(const DataPoint *points, int count) {
+    clear();
+    for (int i = 0; i < count; ++i)
+        insert(points[i]);
+}

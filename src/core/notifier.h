@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+// The one way the program shows a message box. The application uses a
+// QMessageBox behind it; tests answer it from a script, so no headless run
+// ever blocks on a box.
+class Notifier {
+public:
+    enum class Icon { None, Information, Question, Exclamation, Critical };
+    enum class Buttons { Ok, YesNoCancel, YesNo, OkCancel };
+    enum class Answer { Ok, Yes, No, Cancel };
+
+    virtual ~Notifier() = default;
+
+    // An empty title means the application's default title.
+    virtual Answer message(const QString &text, const QString &title, Buttons buttons,
+                           Icon icon) = 0;
+};

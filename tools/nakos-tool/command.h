@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QStringList>
+
+#include <functional>
+
+// Sub-commands of nakos-tool register themselves with a static
+// ToolCommand object in their own source file, so each command lives in a
+// file of its own and main.cpp never changes when one is added.
+//
+// A command gets its arguments without the program and command names and
+// returns the process exit status; on failure it prints one line to stderr.
+struct ToolCommand {
+    using Run = std::function<int(const QStringList &args)>;
+    ToolCommand(const char *name, const char *usage, Run run);
+
+    const char *name;
+    const char *usage;
+    Run run;
+};
+
+// Prints "nakos-tool: <message>" as one line on standard error; returns 1.
+int toolFail(const QString &message);
