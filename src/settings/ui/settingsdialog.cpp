@@ -67,7 +67,7 @@ SettingsDialog::SettingsDialog(RegistryKey &key, DisplayFlags &flags, bool &wate
     top->addLayout(buttons);
 
     // The controls' initial states are the first-run defaults.
-    flagsToControls();
+    setControls(DisplayFlags(), false);
     connect(Command_OK, &QPushButton::clicked, this, &SettingsDialog::onOk);
     initialise();
 }
@@ -86,16 +86,18 @@ void SettingsDialog::initialise() {
     Check_displaySoot->setChecked(false);
 }
 
-void SettingsDialog::flagsToControls() {
-    Check_displayWater->setChecked(m_flags.displayWater);
-    Check_displayTemperature->setChecked(m_flags.displayTemperature);
-    Check_displayPressure->setChecked(m_flags.displayPressure);
-    Check_displaySoot->setChecked(m_flags.displaySoot);
-    Check_printWater->setChecked(m_flags.printWater);
-    Check_printTemperature->setChecked(m_flags.printTemperature);
-    Check_printPressure->setChecked(m_flags.printPressure);
-    Option_displayWater_percent->setChecked(m_waterPercent);
-    Option_displayWater_ppm->setChecked(!m_waterPercent);
+void SettingsDialog::flagsToControls() { setControls(m_flags, m_waterPercent); }
+
+void SettingsDialog::setControls(const DisplayFlags &flags, bool waterPercent) {
+    Check_displayWater->setChecked(flags.displayWater);
+    Check_displayTemperature->setChecked(flags.displayTemperature);
+    Check_displayPressure->setChecked(flags.displayPressure);
+    Check_displaySoot->setChecked(flags.displaySoot);
+    Check_printWater->setChecked(flags.printWater);
+    Check_printTemperature->setChecked(flags.printTemperature);
+    Check_printPressure->setChecked(flags.printPressure);
+    Option_displayWater_percent->setChecked(waterPercent);
+    Option_displayWater_ppm->setChecked(!waterPercent);
 }
 
 void SettingsDialog::controlsToFlags() {

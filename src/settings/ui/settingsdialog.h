@@ -35,6 +35,7 @@ public:
 
 private:
     void initialise();
+    void setControls(const DisplayFlags &flags, bool waterPercent);
     void onOk();
 
     RegistryKey &m_key;
