@@ -13,7 +13,8 @@
 int main(int argc, char **argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("nakos-monitor"));
-    QApplication::setApplicationDisplayName(QLatin1String(kProgramTitle));
+    // No application display name: Qt would append it to every window
+    // caption on X11, and the captions must read exactly as they are set.
     QApplication::setApplicationVersion(settings::versionText());
 
     auto store = std::make_unique<MeasurementStore>();

@@ -1,13 +1,14 @@
 #include "core/ui/widgetnotifier.h"
 
-#include <QGuiApplication>
+#include "core/title.h"
+
 #include <QMessageBox>
 
 Notifier::Answer WidgetNotifier::message(const QString &text, const QString &title, Buttons buttons,
                                          Icon icon) {
     QMessageBox box(m_parent);
     box.setText(text);
-    box.setWindowTitle(title.isNull() ? QGuiApplication::applicationDisplayName() : title);
+    box.setWindowTitle(title.isNull() ? QLatin1String(kProgramTitle) : title);
     switch (icon) {
     case Icon::None:
         box.setIcon(QMessageBox::NoIcon);
