@@ -196,6 +196,6 @@ void DeviceLink::reportNoPort(Warn warn) {
             return;
         m_noPortWarned = true;
     }
-    m_notifier.message(QStringLiteral("Com port not available"), QString(),
-                       Notifier::Buttons::Ok, Notifier::Icon::Exclamation);
+    m_notifier.message(QStringLiteral("Com port not available"), QString(), Notifier::Buttons::Ok,
+                       Notifier::Icon::Exclamation);
 }

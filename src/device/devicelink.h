@@ -106,8 +106,7 @@ private:
         std::function<void(const QByteArray &reply)> done;
     };
 
-    void enqueue(const QString &command, Warn warn,
-                 std::function<void(const QByteArray &)> done);
+    void enqueue(const QString &command, Warn warn, std::function<void(const QByteArray &)> done);
     void pump();
     void finishExchange();
     void onReadyRead();

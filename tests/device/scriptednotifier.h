@@ -8,8 +8,7 @@
 // Answers every message box with OK and remembers what was shown.
 class ScriptedNotifier : public Notifier {
 public:
-    Answer message(const QString &text, const QString &title, Buttons buttons,
-                   Icon icon) override {
+    Answer message(const QString &text, const QString &title, Buttons buttons, Icon icon) override {
         texts << text;
         titles << title;
         this->buttons << buttons;

@@ -44,11 +44,9 @@ int main(int argc, char **argv) {
     const QCommandLineOption gap(QStringLiteral("gap"),
                                  QStringLiteral("A pause of MS in the middle of every reply."),
                                  QStringLiteral("ms"));
-    const QCommandLineOption slow(QStringLiteral("slow"),
-                                  QStringLiteral("Send reply bytes MS apart."),
-                                  QStringLiteral("ms"));
-    const QCommandLineOption silent(QStringLiteral("silent"),
-                                    QStringLiteral("Never answer."));
+    const QCommandLineOption slow(
+        QStringLiteral("slow"), QStringLiteral("Send reply bytes MS apart."), QStringLiteral("ms"));
+    const QCommandLineOption silent(QStringLiteral("silent"), QStringLiteral("Never answer."));
     const QCommandLineOption endless(QStringLiteral("endless"),
                                      QStringLiteral("Keep sending readings after \"list\"."));
     const QCommandLineOption closeMid(QStringLiteral("close-mid-reply"),
@@ -77,8 +75,7 @@ int main(int argc, char **argv) {
     SensorSimulator sim(options);
     if (sim.open(parser.value(device))) {
         std::fprintf(stderr, "nakos-sensor-sim: cannot open %s\n",
-                     parser.isSet(device) ? qPrintable(parser.value(device))
-                                          : "a pseudo-terminal");
+                     parser.isSet(device) ? qPrintable(parser.value(device)) : "a pseudo-terminal");
         return 1;
     }
     QObject::connect(&sim, &SensorSimulator::unplugged, &app, [] {

@@ -19,8 +19,8 @@ SimReading ReadingGenerator::next(const QDateTime &stamp) {
     if (m_uniform(m_rng) < 0.01f)
         r.water *= 3.0f + 3.0f * m_uniform(m_rng); // a free-water slug passes
     const double hours = double(stamp.time().msecsSinceStartOfDay()) / 3.6e6;
-    r.temperature = float(45.0 + 5.0 * std::sin(2.0 * std::numbers::pi * hours / 24.0)) +
-                    noise(0.2f);
+    r.temperature =
+        float(45.0 + 5.0 * std::sin(2.0 * std::numbers::pi * hours / 24.0)) + noise(0.2f);
     r.pressure = 1800.0f + noise(15.0f);
     m_soot = std::max(0.0f, m_soot + 0.00001f + noise(0.0005f));
     r.soot = m_soot;
@@ -35,7 +35,7 @@ QByteArray readingLine(const SimReading &r) {
            QByteArray::number(double(r.water), 'f', 1) + " PRESSURE " +
            QByteArray::number(double(r.pressure), 'f', 0) + " TEMPERATURE " +
            QByteArray::number(double(r.temperature), 'f', 1) + " SOOT " +
-           QByteArray::number(double(r.soot), 'f', 3) + " STREAM " +
-           QByteArray::number(r.stream) + " ADC REF " + QByteArray::number(double(r.adcRef), 'f', 0) +
-           " ADC MEAS " + QByteArray::number(double(r.adcMeas), 'f', 0);
+           QByteArray::number(double(r.soot), 'f', 3) + " STREAM " + QByteArray::number(r.stream) +
+           " ADC REF " + QByteArray::number(double(r.adcRef), 'f', 0) + " ADC MEAS " +
+           QByteArray::number(double(r.adcMeas), 'f', 0);
 }
