@@ -1,15 +1,27 @@
 #include "device/replytext.h"
 
+#include <cstring>
+
 ReplyLines::ReplyLines(QByteArrayView reply, char from, char to) {
-    m_text.reserve(size_t(reply.size()));
-    for (char c : reply) {
-        if (c == '\n')
-            continue;
-        if (from != 0 && c == from)
-            c = to;
-        else if (c >= 'a' && c <= 'z')
-            c = char(c - 'a' + 'A');
-        m_text.push_back(c);
+    m_text.resize(size_t(reply.size()));
+    char *const begin = m_text.data();
+    char *out = begin;
+    // LFs go first, a run of bytes at a time (a reply has one per line).
+    const char *p = reply.data();
+    const char *const end = p + reply.size();
+    while (p < end) {
+        const void *found = std::memchr(p, '\n', size_t(end - p));
+        const char *const stop = found ? static_cast<const char *>(found) : end;
+        std::memcpy(out, p, size_t(stop - p));
+        out += stop - p;
+        p = stop + 1;
+    }
+    m_text.resize(size_t(out - begin));
+    // A branch-free pass the compiler can vectorise. With `from` 0 a NUL
+    // byte maps to `to`, which is then 0 as well.
+    for (char &c : m_text) {
+        const char upper = static_cast<unsigned char>(c - 'a') < 26 ? char(c - ('a' - 'A')) : c;
+        c = upper == from ? to : upper;
     }
 }
 

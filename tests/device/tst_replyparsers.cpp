@@ -1,12 +1,15 @@
 // The readers of the sensor's "list", "alarmlimit get" and "calibration get"
 // replies, fed with reply texts and checked against a store.
+#include "core/numbers.h"
 #include "core/store.h"
 #include "device/listreply.h"
 #include "device/metareply.h"
 
 #include <QTest>
 
+#include <bit>
 #include <memory>
+#include <random>
 
 namespace {
 
@@ -56,6 +59,7 @@ class TestReplyParsers : public QObject {
 private slots:
     void listLine_data();
     void listLine();
+    void listLine_valuesReadAsStrToSingle();
     void listReply_data();
     void listReply();
     void listReply_sameLogTwiceAddsOnce();
@@ -166,6 +170,35 @@ void TestReplyParsers::listLine() {
     QCOMPARE(want.size(), got.size());
     for (int i = 0; i < got.size(); ++i)
         QCOMPARE(float(got[i]), want[i].toFloat());
+}
+
+// Every value must read exactly (to the bit) as str_toSingle reads its text,
+// whatever shortcut the reader takes for plain decimals.
+void TestReplyParsers::listLine_valuesReadAsStrToSingle() {
+    QList<QByteArray> texts = {"0",       "-0",       "0.1",       "123.4",     "-7,25",
+                               "9999999", "16777217", "1677721.7", "0.0000001", "99999999",
+                               "12.",     ".5",       "1-2",       "--1",       "1.2.3",
+                               " 1 2 ",   "3,",       "-",         "",          "00000000001.5"};
+    std::mt19937 rng(11);
+    for (int i = 0; i < 20000; ++i) {
+        QByteArray digits = QByteArray::number(uint32_t(rng() % 100000000u));
+        const int point = int(rng() % uint32_t(digits.size() + 1));
+        if (point < digits.size())
+            digits.insert(point, (rng() & 1) ? '.' : ',');
+        texts << ((rng() & 1) ? "-" + digits : digits);
+    }
+    for (const QByteArray &text : texts) {
+        const QByteArray line = "2024-03-05 14:22:10 WATER " + text + " SOOT 1";
+        DataPoint p;
+        QVERIFY(parseListLine(std::string_view(line.constData(), size_t(line.size())), p));
+        const QByteArray value = " " + text + " ";
+        const float want = str_toSingle(std::string_view(value.constData(), size_t(value.size())));
+        if (std::bit_cast<uint32_t>(p.water) != std::bit_cast<uint32_t>(want))
+            QFAIL(qPrintable(QStringLiteral("WATER %1 read as %2, expected %3")
+                                 .arg(QString::fromLatin1(text))
+                                 .arg(double(p.water), 0, 'g', 9)
+                                 .arg(double(want), 0, 'g', 9)));
+    }
 }
 
 void TestReplyParsers::listReply_data() {
