@@ -1,8 +1,9 @@
 // The device link against the simulated sensor on a real pseudo-terminal.
+#include "core/clock.h"
 #include "core/store.h"
 #include "device/devicelink.h"
-#include "scriptednotifier.h"
 #include "sensorsim.h"
+#include "support/scriptednotifier.h"
 
 #include <QSerialPort>
 #include <QSignalSpy>
@@ -90,7 +91,7 @@ void TestDeviceLink::listPollAddsTheLoggedReadings() {
              QString::fromLatin1(line.left(19)));
     QVERIFY(line.contains(" WATER " + QByteArray::number(double(p.water), 'f', 1) + ' '));
     QCOMPARE(p.stream, int16_t(1));
-    QCOMPARE(rig.notifier.texts.size(), 0);
+    QCOMPARE(rig.notifier.shown.size(), 0);
 }
 
 void TestDeviceLink::secondPollAddsOnlyNewReadings() {
@@ -228,7 +229,7 @@ void TestDeviceLink::silentDeviceGivesEmptyReply() {
     QCOMPARE(commands.size(), 1);
     QCOMPARE(commands.first().first().toByteArray(), QByteArray("hello"));
     QVERIFY(!rig.link.portIsOpen());
-    QCOMPARE(rig.notifier.texts.size(), 0);
+    QCOMPARE(rig.notifier.shown.size(), 0);
 }
 
 void TestDeviceLink::missingPortWarnsOncePerRun() {
@@ -236,22 +237,24 @@ void TestDeviceLink::missingPortWarnsOncePerRun() {
     rig.device = QStringLiteral("/nonexistent/tty-nakos");
     rig.link.com_openComPort();
     QVERIFY(!rig.link.portIsOpen());
-    QCOMPARE(rig.notifier.texts.size(), 0); // opening alone never complains
+    QCOMPARE(rig.notifier.shown.size(), 0); // opening alone never complains
 
     QSignalSpy polled(&rig.link, &DeviceLink::listPolled);
     rig.link.setQueryInterval(20);
     rig.link.com_startQuery();
     QTRY_VERIFY_WITH_TIMEOUT(polled.size() >= 3, kWaitMs);
-    QCOMPARE(rig.notifier.texts, QStringList({QStringLiteral("Com port not available")}));
-    QCOMPARE(rig.notifier.titles, QStringList({QString()}));
-    QCOMPARE(rig.notifier.icons.first(), Notifier::Icon::Exclamation);
-    QCOMPARE(rig.notifier.buttons.first(), Notifier::Buttons::Ok);
+    QCOMPARE(rig.notifier.shown.size(), 1);
+    const ScriptedNotifier::Shown &box = rig.notifier.shown.first();
+    QCOMPARE(box.text, QStringLiteral("Com port not available"));
+    QVERIFY(box.title.isNull()); // the application's default title
+    QCOMPARE(box.icon, Notifier::Icon::Exclamation);
+    QCOMPARE(box.buttons, Notifier::Buttons::Ok);
     QVERIFY(rig.link.noPortWarned());
 
     rig.link.com_stopQuery();
     rig.link.com_startQuery();
     rig.link.com_stopQuery();
-    QCOMPARE(rig.notifier.texts.size(), 2);
+    QCOMPARE(rig.notifier.shown.size(), 2);
 
     // The service tools' exchange warns on every failure.
     QSignalSpy replied(&rig.link, &DeviceLink::queryStringReplied);
@@ -259,7 +262,7 @@ void TestDeviceLink::missingPortWarnsOncePerRun() {
     rig.link.com_queryString(QStringLiteral("b\r\n"));
     QCOMPARE(replied.size(), 2);
     QCOMPARE(replied.first().first().toString(), QString());
-    QCOMPARE(rig.notifier.texts.size(), 4);
+    QCOMPARE(rig.notifier.shown.size(), 4);
 }
 
 void TestDeviceLink::portInUseIsNotAvailable() {
@@ -271,7 +274,7 @@ void TestDeviceLink::portInUseIsNotAvailable() {
         QVERIFY(other.open(QIODevice::ReadWrite));
         rig.link.com_app_getList();
         QCOMPARE(polled.size(), 1);
-        QCOMPARE(rig.notifier.texts.size(), 1);
+        QCOMPARE(rig.notifier.shown.size(), 1);
         QCOMPARE(rig.store->dataPoint_count, 0);
     }
     rig.link.com_app_getList();
@@ -295,7 +298,7 @@ void TestDeviceLink::unplugMidReplyEndsCleanly() {
     // The device is gone now: the next poll warns and adds nothing.
     rig.link.com_app_getList();
     QCOMPARE(polled.size(), 2);
-    QCOMPARE(rig.notifier.texts.size(), 1);
+    QCOMPARE(rig.notifier.shown.size(), 1);
 }
 
 void TestDeviceLink::endlessTalkerKeepsExchangeAliveAndSkipsTicks() {

@@ -4,6 +4,7 @@
 #include "core/title.h"
 #include "core/ui/aboutdialog.h"
 #include "core/ui/appicon.h"
+#include "device/devicelink.h"
 #include "settings/startupfolders.h"
 #include "settings/ui/settingsdialog.h"
 
@@ -88,6 +89,7 @@ void MainWindow::startUp(const QString &currentDir) {
 
     placeWindow();
     store.decimalSeparator = detectDecimalSeparator();
+    createDeviceLink();
     prepareFolders(store, currentDir, m_ctx.settingsKey);
     store.stream_selected = 0;
 
@@ -97,6 +99,15 @@ void MainWindow::startUp(const QString &currentDir) {
 
     titleRefresh();
     QCoreApplication::processEvents();
+}
+
+void MainWindow::createDeviceLink() {
+    m_deviceLink = new DeviceLink(m_ctx.store, m_ctx.notifier, this);
+    RegistryKey *key = &m_ctx.settingsKey;
+    m_deviceLink->setConfiguredPort([key](int n) { return settings::comPortDevice(*key, n); });
+    // Every reading list the link fetches ends in a redraw of the charts.
+    connect(m_deviceLink, &DeviceLink::listPolled, this, &MainWindow::display_data);
+    m_deviceLink->com_init();
 }
 
 void MainWindow::placeWindow() {

@@ -7,6 +7,7 @@
 
 #include <QMainWindow>
 
+class DeviceLink;
 class QAction;
 class QMdiArea;
 class QMenu;
@@ -60,6 +61,8 @@ public:
     AppContext &context() { return m_ctx; }
     QMdiArea *mdiArea() const { return m_mdi; }
     SettingsDialog *settingsDialog() const { return m_settingsDialog; }
+    // The serial link to the sensor, created by startUp().
+    DeviceLink *deviceLink() const { return m_deviceLink; }
 
     // Menu items, named after their code names.
     QAction *file_new = nullptr;
@@ -82,9 +85,11 @@ protected:
 private:
     void createMenus();
     void placeWindow();
+    void createDeviceLink();
 
     AppContext &m_ctx;
     QMdiArea *m_mdi = nullptr;
     SettingsDialog *m_settingsDialog = nullptr;
+    DeviceLink *m_deviceLink = nullptr;
     bool m_terminated = false;
 };
