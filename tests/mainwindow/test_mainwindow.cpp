@@ -107,12 +107,11 @@ void TestMainWindow::menus() {
     // Captions in order, "|" for a separator, with the items' code names.
     QStringList got;
     for (QAction *top : f.window.menuBar()->actions()) {
-        QString line =
-            top->menu()->objectName() + QLatin1Char(':') + top->text() + QLatin1Char('=');
+        QString line = top->menu()->objectName() + QLatin1Char(':') + top->text() + QLatin1Char('=');
         for (QAction *a : top->menu()->actions())
-            line += a->isSeparator()
-                        ? QStringLiteral("|")
-                        : a->text() + QLatin1Char('(') + a->objectName() + QStringLiteral(") ");
+            line += a->isSeparator() ? QStringLiteral("|")
+                                     : a->text() + QLatin1Char('(') + a->objectName() +
+                                           QStringLiteral(") ");
         got << line.trimmed();
     }
     const QStringList expected{
