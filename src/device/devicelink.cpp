@@ -138,7 +138,6 @@ void DeviceLink::pump() {
         m_current = std::move(m_queue.front());
         m_queue.pop_front();
         m_active = true;
-        ++m_exchangeId;
         m_reply.clear();
         if (!m_portIsOpen)
             com_openComPort();
@@ -180,14 +179,9 @@ void DeviceLink::onReadyRead() {
 void DeviceLink::onPortLost() {
     if (!m_active || !Timer_comTimeOut.isActive())
         return;
-    // End the exchange with what arrived, but not from inside the port's own
-    // error handling: closing it there would pull the port from under it.
-    Timer_comTimeOut.stop();
-    const quint64 id = m_exchangeId;
-    QTimer::singleShot(0, this, [this, id] {
-        if (m_active && id == m_exchangeId)
-            finishExchange();
-    });
+    // End the exchange with what arrived, on the next pass of the event
+    // loop rather than from inside the port's error signal.
+    Timer_comTimeOut.start(0);
 }
 
 void DeviceLink::reportNoPort(Warn warn) {

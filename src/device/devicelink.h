@@ -130,6 +130,5 @@ private:
     Exchange m_current;
     bool m_active = false;
     bool m_pumping = false;
-    quint64 m_exchangeId = 0;
     QByteArray m_reply;
 };

@@ -2,6 +2,8 @@
 
 #include <QSerialPort>
 
+#include <utility>
+
 namespace {
 
 class QtSerialIo final : public SerialIo {
@@ -34,6 +36,7 @@ public:
     }
 
     void close() override {
+        m_pending.clear();
         if (m_port.isOpen())
             m_port.clear(QSerialPort::Input);
         m_port.close();
@@ -44,7 +47,11 @@ public:
             m_port.write(&byte, 1);
     }
 
-    QByteArray readAll() override { return m_port.readAll(); }
+    QByteArray readAll() override {
+        if (!m_pending.isEmpty())
+            return std::exchange(m_pending, QByteArray());
+        return m_port.isOpen() ? m_port.readAll() : QByteArray();
+    }
 
 private:
     void onError(QSerialPort::SerialPortError error) {
@@ -54,6 +61,14 @@ private:
         case QSerialPort::ResourceError:
         case QSerialPort::ReadError:
         case QSerialPort::WriteError:
+            // Closed right here, in the port's own error signal (as Qt's
+            // examples do): a hung-up line reports its error again on every
+            // pass of the event loop until the port is closed, starving
+            // other work. Bytes not yet taken are kept for readAll().
+            m_pending += m_port.readAll();
+            m_port.close();
+            if (!m_pending.isEmpty())
+                emit readyRead();
             emit lost();
             break;
         default:
@@ -62,6 +77,7 @@ private:
     }
 
     QSerialPort m_port;
+    QByteArray m_pending;
 };
 
 } // namespace
