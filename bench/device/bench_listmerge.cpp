@@ -62,7 +62,7 @@ int mergeWithLinearScan(const QByteArray &reply, MeasurementStore &store) {
             const DataPoint &s = store.dataPoints[size_t(i)];
             if (s.year == p.year && s.month == p.month && s.day == p.day && s.minute == p.minute &&
                 s.second == p.second)
-                duplicate = true; // no early exit, as the original scan
+                duplicate = true; // no early exit, like the scan the index replaced
         }
         if (duplicate)
             return;
