@@ -34,7 +34,8 @@ public:
     int32_t count() const { return m_count; }
     bool overflowed() const { return m_overflow; }
 
-    // Metadata seen in the file (the last line of each key wins).
+    // Metadata seen in the file: the last oil name and threshold line win;
+    // calibration lines add pairs to what earlier lines of the file gave.
     std::optional<QString> oilName;
     std::optional<float> alarmThreshold;
     CalTable calSource;
