@@ -6,41 +6,13 @@
 #include "files/filedialogs.h"
 
 #include "core/notifier.h"
+#include "support/scripteddialogs.h"
 
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
 
 namespace {
-
-struct DialogCall {
-    FileDialogs::Kind kind;
-    QString filter;
-    QString initialPath;
-};
-
-class ScriptedDialogs : public FileDialogs {
-public:
-    QStringList fileAnswers;
-    QList<int16_t> modeAnswers;
-    QString folderAnswer;
-    QList<DialogCall> calls;
-    QStringList folderCalls;
-    int modeCalls = 0;
-
-    QString fileDialog(Kind kind, const QString &filter, const QString &initialPath) override {
-        calls.append({kind, filter, initialPath});
-        return fileAnswers.isEmpty() ? QString() : fileAnswers.takeFirst();
-    }
-    QString dialog_chooseDirectory(const QString &initialPath) override {
-        folderCalls << initialPath;
-        return folderAnswer;
-    }
-    int16_t dataHandling_choose() override {
-        ++modeCalls;
-        return modeAnswers.isEmpty() ? int16_t(0) : modeAnswers.takeFirst();
-    }
-};
 
 class ScriptedNotifier : public Notifier {
 public:
