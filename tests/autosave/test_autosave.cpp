@@ -2,11 +2,6 @@
 #include "core/clock.h"
 #include "core/store.h"
 
-#include "files/datafile.h"
-#include "files/filehost.h"
-
-#include <QFile>
-#include <QTemporaryDir>
 #include <QTest>
 
 namespace {
@@ -20,22 +15,6 @@ public:
 QDateTime at(int y, int mo, int d, int h, int mi, int s) {
     return QDateTime(QDate(y, mo, d), QTime(h, mi, s));
 }
-
-// The main window's title as the title refresh makes it, for the " *" check.
-class TitleHost : public StoreOnlyHost {
-public:
-    explicit TitleHost(MeasurementStore &store) : StoreOnlyHost(store), m_store(store) {}
-    void titleRefresh() override {
-        title = QStringLiteral("ORLUK Water Monitor   [") +
-                (m_store.fileName_current.isEmpty() ? QStringLiteral("<NEW FILE>")
-                                                    : m_store.fileName_current) +
-                QLatin1Char(']') + (m_store.data_changed ? QStringLiteral(" *") : QString());
-    }
-    QString title;
-
-private:
-    MeasurementStore &m_store;
-};
 
 void addPoint(MeasurementStore &store, int second) {
     DataPoint p;
@@ -57,7 +36,6 @@ private slots:
     void savesOnEverySixthTick();
     void emptyStoreIsNeverSaved();
     void failedSaveIsRetriedAMinuteLater();
-    void autosaveWritesTheStoreAndClearsTheMark();
 };
 
 void TestAutoSave::fileNames_data() {
@@ -172,36 +150,6 @@ void TestAutoSave::failedSaveIsRetriedAMinuteLater() {
     for (int i = 0; i < 5; ++i)
         autoSave.tick();
     QCOMPARE(saves, 2);
-}
-
-void TestAutoSave::autosaveWritesTheStoreAndClearsTheMark() {
-    QTemporaryDir dir;
-    MeasurementStore store;
-    store.path_autosave = dir.path() + QLatin1Char('/');
-    store.fileName_current = QStringLiteral("/data/run1.txt");
-    addPoint(store, 1);
-    addPoint(store, 2);
-    TitleHost host(store);
-    DataFile dataFile(store, host);
-    FixedClock clock;
-    clock.time = at(2024, 5, 6, 7, 8, 9);
-    AutoSave autoSave(store, clock, [&](const QString &name) {
-        return dataFile.dataFile_save(name, false).failed();
-    });
-    autoSave.autoSave_restart();
-    host.titleRefresh();
-    QVERIFY(host.title.endsWith(QStringLiteral(" *")));
-
-    for (int i = 0; i < 6; ++i)
-        autoSave.tick();
-    QCOMPARE(host.title, QStringLiteral("ORLUK Water Monitor   [/data/run1.txt]"));
-    QVERIFY(!store.data_changed);
-    QCOMPARE(store.fileName_current, QStringLiteral("/data/run1.txt"));
-    QFile file(store.path_autosave + QStringLiteral("NAK_OS_autosave_20240506_070809.txt"));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QByteArray text = file.readAll();
-    QVERIFY(text.startsWith(":alarmthreshold=-1\r\n"));
-    QVERIFY(text.endsWith("2024-05-06\t00:00:02\t0\t0.00\t0.00\t0.00\t0\t0\t0\r\n"));
 }
 
 QTEST_GUILESS_MAIN(TestAutoSave)

@@ -185,6 +185,15 @@ void TestDataFile::dataLines_data() {
         << QByteArray("2024-03-07\t09:05:00\t8") + tail << 0 << 0.0f << 0;
     QTest::newRow("stream ended by a tab, no line end")
         << QByteArray("2024-03-07\t09:05:00\t8") + tail + "\t" << 0 << 0.0f << 0;
+    // Fields much longer than a read block: the text is carried across
+    // blocks, a number reads 0, a year is held at its largest value.
+    QTest::newRow("water field across blocks")
+        << "2024-03-07\t09:05:00\t" + QByteArray(100000, '1') + tail + "\r\n"
+        << 1 << 0.0f << 2;
+    QTest::newRow("year across blocks, then a normal line")
+        << QByteArray(100000, '9') + "-03-07\t09:05:00\t1" + tail + "\r\n" +
+               "2024-03-07\t09:05:01\t6" + tail + "\r\n"
+        << 2 << 6.0f << 2;
     QTest::newRow("title line") << header << 0 << 0.0f << 0;
     QTest::newRow("unknown key") << QByteArray(":foo=2024-03-07\r\n") << 0 << 0.0f << 0;
 }
@@ -204,6 +213,8 @@ void TestDataFile::dataLines() {
         QCOMPARE(p.water, water);
         QCOMPARE(int(p.stream), stream);
     }
+    if (QByteArrayView(text).startsWith("99999"))
+        QCOMPARE(int(store.dataPoints[0].year), 32767);
 }
 
 void TestDataFile::metadataLines_data() {
@@ -217,6 +228,10 @@ void TestDataFile::metadataLines_data() {
     QTest::newRow("no metadata") << QByteArray() << none << 33.0f << 0 << 9.0f;
     QTest::newRow("empty oil name")
         << QByteArray(":oilname=\r\n") << QStringList{QString()} << 33.0f << 0 << 9.0f;
+    QTest::newRow("oil name longer than the line cap")
+        << ":oilname=" + QByteArray(DataFileScanner::maxMetaLine + 5000, 'x') + "\r\n"
+        << QStringList{QString(DataFileScanner::maxMetaLine - 9, QLatin1Char('x'))} << 33.0f << 0
+        << 9.0f;
     QTest::newRow("oil name trimmed, # kept")
         << QByteArray(":oilname=  Gear #2 \r\n") << QStringList{QStringLiteral("Gear #2")} << 33.0f
         << 0 << 9.0f;
