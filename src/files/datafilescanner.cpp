@@ -54,43 +54,6 @@ inline bool isDigit(char c) {
     return uint8_t(c - '0') < 10;
 }
 
-// The plain short number of the files ("-" in front, up to 7 digits, at
-// most one "," or "."), parsed straight from the block: mantissa and power
-// of ten are exact floats and one division rounds as a full parse would.
-// Returns where the field ended, or null when the field is anything else or
-// runs past the block; the general loop then takes it from the start.
-inline const char *fastNumber(const char *p, const char *end, float &value) {
-    bool negative = false;
-    if (p != end && *p == '-') {
-        negative = true;
-        ++p;
-    }
-    uint32_t mantissa = 0;
-    const char *digitsStart = p;
-    while (p != end && isDigit(*p)) {
-        mantissa = mantissa * 10 + uint32_t(*p - '0');
-        ++p;
-    }
-    int digits = int(p - digitsStart);
-    int fraction = 0;
-    if (p != end && (*p == '.' || *p == ',')) {
-        const char *fractionStart = ++p;
-        while (p != end && isDigit(*p)) {
-            mantissa = mantissa * 10 + uint32_t(*p - '0');
-            ++p;
-        }
-        fraction = int(p - fractionStart);
-        digits += fraction;
-    }
-    if (p == end || digits == 0 || digits > 7 || *p == '-' || *p == '.' || *p == ',')
-        return nullptr;
-    float v = float(mantissa);
-    if (fraction > 0)
-        v /= floatPowersOfTen[fraction];
-    value = negative ? -v : v;
-    return p;
-}
-
 // The line end the fast line parser works up to: the first CR or LF within
 // a short window, or null (a long line, or one running past the block).
 inline const char *lineEndWithin(const char *p, const char *end) {
@@ -268,16 +231,10 @@ const char *DataFileScanner::scanData(const char *p, const char *const end) {
             }
             endDateTimeField();
         } else if (m_state <= 12) {
-            float value = 0.0f;
-            const char *fieldEnd = m_fieldLength == 0 ? fastNumber(p, end, value) : nullptr;
-            if (fieldEnd) {
-                p = fieldEnd;
-            } else {
-                p = collectNumber(p, end);
-                if (p == end)
-                    return p;
-                value = collectedNumber();
-            }
+            p = collectNumber(p, end);
+            if (p == end)
+                return p;
+            const float value = collectedNumber();
             const char c = *p++;
             if (c == TAB) {
                 storeNumber(value);

@@ -13,12 +13,13 @@
 // block, without building a list of lines: a line ends at CR or LF, empty
 // lines produce nothing, and a last line without an ending is dropped.
 //
-// A line starting with ":" is collected and tested for the metadata keys;
-// any other line runs through the per-field state machine of a data line as
-// its bytes arrive, so a line split across two blocks needs no copy. A
-// record is committed at its line's end; when the buffer is full the next
-// record stops the scan (overflowed()). Nothing here touches the store:
-// records go to the caller's buffer and metadata is staged in this object.
+// A line starting with ":" is collected and tested for the metadata keys.
+// A data line shaped exactly as the writer makes it, lying whole inside the
+// block, is parsed in one go; any other line runs through the per-field
+// state machine as its bytes arrive, so a line split across two blocks is
+// never copied. A record is committed at its line's end; when the buffer is
+// full the next record stops the scan (overflowed()). Nothing here touches
+// the store: records go to the caller's buffer, metadata is staged here.
 class DataFileScanner {
 public:
     DataFileScanner(DataPoint *buffer, int32_t capacity);
@@ -34,7 +35,8 @@ public:
     int32_t count() const { return m_count; }
     bool overflowed() const { return m_overflow; }
 
-    // Metadata seen in the file (the last line of each key wins).
+    // Metadata seen in the file: the last oil name and threshold line win;
+    // calibration lines add pairs to what earlier lines of the file gave.
     std::optional<QString> oilName;
     std::optional<float> alarmThreshold;
     CalTable calSource;
