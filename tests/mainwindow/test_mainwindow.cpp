@@ -1,5 +1,6 @@
 // The main window: start-up, menus, title, the save prompt and New, Exit.
 #include "core/ui/mainwindow.h"
+#include "device/devicelink.h"
 #include "settings/filekey.h"
 #include "support/scriptednotifier.h"
 
@@ -83,6 +84,21 @@ void TestMainWindow::startUpPreparesFoldersSettingsAndStore() {
             store->decimalSeparator == QLatin1Char(','));
     QVERIFY(!window.windowIcon().isNull());
     QVERIFY(notifier.shown.isEmpty());
+
+    // The device link is ready but idle; port numbers lead through the
+    // settings value ComPort<n>.
+    DeviceLink *link = window.deviceLink();
+    QVERIFY(link);
+    QCOMPARE(link->comPort, int16_t(1));
+    QCOMPARE(link->comBaudRate, 115200);
+    QVERIFY(!link->portIsOpen() && !link->queryRunning() && !link->noPortWarned());
+#ifndef Q_OS_WIN
+    QVERIFY(!key.openOrCreate());
+    QVERIFY(!key.setString(QStringLiteral("ComPort2"), QStringLiteral("/dev/ttyNAKOS9")));
+    key.close();
+    link->comPort = 2;
+    QCOMPARE(link->portDevice(), QStringLiteral("/dev/ttyNAKOS9"));
+#endif
 }
 
 void TestMainWindow::menus() {

@@ -4,6 +4,10 @@
 #include "core/title.h"
 #include "core/ui/aboutdialog.h"
 #include "core/ui/appicon.h"
+#include "device/devicelink.h"
+#include "files/csvexport.h"
+#include "files/datafile.h"
+#include "files/filedialogs.h"
 #include "settings/startupfolders.h"
 #include "settings/ui/settingsdialog.h"
 
@@ -21,6 +25,7 @@ MainWindow::MainWindow(AppContext &ctx, QWidget *parent) : QMainWindow(parent), 
     m_mdi->setObjectName(QStringLiteral("MDIForm"));
     setCentralWidget(m_mdi);
     createMenus();
+    createFileCommands();
 }
 
 MainWindow::~MainWindow() = default;
@@ -64,8 +69,7 @@ void MainWindow::createMenus() {
     item(q, q_about, "q_about", "About");
 
     // Commands whose work is not in the program yet stay visible but off.
-    for (QAction *a : {file_open, file_save, file_saveas, file_import, file_importDir, file_export,
-                       file_setAutosavePath, file_print, tools_toolbox})
+    for (QAction *a : {file_import, file_importDir, file_print, tools_toolbox})
         a->setEnabled(false);
 
     connect(file_new, &QAction::triggered, this, &MainWindow::file_new_command);
@@ -88,6 +92,7 @@ void MainWindow::startUp(const QString &currentDir) {
 
     placeWindow();
     store.decimalSeparator = detectDecimalSeparator();
+    createDeviceLink();
     prepareFolders(store, currentDir, m_ctx.settingsKey);
     store.stream_selected = 0;
 
@@ -97,6 +102,16 @@ void MainWindow::startUp(const QString &currentDir) {
 
     titleRefresh();
     QCoreApplication::processEvents();
+    autoSave_restart();
+}
+
+void MainWindow::createDeviceLink() {
+    m_deviceLink = new DeviceLink(m_ctx.store, m_ctx.notifier, this);
+    RegistryKey *key = &m_ctx.settingsKey;
+    m_deviceLink->setConfiguredPort([key](int n) { return settings::comPortDevice(*key, n); });
+    // Every reading list the link fetches ends in a redraw of the charts.
+    connect(m_deviceLink, &DeviceLink::listPolled, this, &MainWindow::display_data);
+    m_deviceLink->com_init();
 }
 
 void MainWindow::placeWindow() {
@@ -132,13 +147,13 @@ bool MainWindow::saveChanges_prompt() {
 void MainWindow::file_new_command() {
     if (saveChanges_prompt())
         return;
+    autoSave_stop();
     m_ctx.store.clear();
     oilName_set(QString());
     titleRefresh();
     display_data();
+    autoSave_restart();
 }
-
-void MainWindow::file_save_command() {}
 
 void MainWindow::display_data() {}
 

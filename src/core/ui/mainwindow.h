@@ -3,10 +3,19 @@
 #include "core/clock.h"
 #include "core/notifier.h"
 #include "core/store.h"
+#include "files/filecommands.h"
 #include "settings/settings.h"
 
 #include <QMainWindow>
 
+#include <memory>
+
+class AutoSave;
+class CsvExport;
+class DataFile;
+class DeviceLink;
+class FileDialogs;
+class ProgressWindow;
 class QAction;
 class QMdiArea;
 class QMenu;
@@ -21,6 +30,8 @@ struct AppContext {
     RegistryKey &settingsKey;
     Notifier &notifier;
     Clock &clock;
+    // The file dialogs; null means the standard ones (tests script their own).
+    FileDialogs *fileDialogs = nullptr;
 };
 
 // The multiple-document frame of the program. It runs the start-up
@@ -29,7 +40,7 @@ struct AppContext {
 // out; keeps the title bar in step with the current file and the modified
 // mark; and ends the process. The work of each command lives in the
 // subsystem libraries; this class only wires them together.
-class MainWindow : public QMainWindow {
+class MainWindow : public QMainWindow, public FileCommandHost {
     Q_OBJECT
 public:
     explicit MainWindow(AppContext &ctx, QWidget *parent = nullptr);
@@ -39,14 +50,24 @@ public:
     void startUp(const QString &currentDir);
 
     // Caption from the current file name and the modified mark.
-    void titleRefresh();
+    void titleRefresh() override;
     // Asks whether changed data should be saved first (Yes runs Save).
     // Returns true when the operator cancelled.
-    bool saveChanges_prompt();
+    bool saveChanges_prompt() override;
     // Rebuilds every chart from the store.
-    void display_data();
+    void display_data() override;
     // Sets the oil name and asks for a display refresh.
-    void oilName_set(const QString &newName);
+    void oilName_set(const QString &newName) override;
+
+    // Autosave: stop keeps the file name; restart starts a new period with a
+    // new time-stamped file name and the tick counter at 0.
+    void autoSave_stop() override;
+    void autoSave_restart() override;
+    void autoSave_createFilename();
+    // Resets the zoom of every chart window (after Open).
+    void charts_disableZoom() override;
+    // Writes Version and AutosavePath after "Set autosave path".
+    void settings_writeAutosavePath() override;
     // Ends the program at once; nothing is saved.
     void programTerminate();
     bool isTerminated() const { return m_terminated; }
@@ -60,6 +81,10 @@ public:
     AppContext &context() { return m_ctx; }
     QMdiArea *mdiArea() const { return m_mdi; }
     SettingsDialog *settingsDialog() const { return m_settingsDialog; }
+    AutoSave &autoSave() const { return *m_autoSave; }
+    FileCommands &fileCommands() const { return *m_fileCommands; }
+    // The serial link to the sensor, created by startUp().
+    DeviceLink *deviceLink() const { return m_deviceLink; }
 
     // Menu items, named after their code names.
     QAction *file_new = nullptr;
@@ -81,10 +106,21 @@ protected:
 
 private:
     void createMenus();
+    void createFileCommands(); // in mainwindowfiles.cpp
     void placeWindow();
+    void createDeviceLink();
 
     AppContext &m_ctx;
     QMdiArea *m_mdi = nullptr;
     SettingsDialog *m_settingsDialog = nullptr;
+    DeviceLink *m_deviceLink = nullptr;
     bool m_terminated = false;
+
+    // The data files and the autosave.
+    std::unique_ptr<FileDialogs> m_ownFileDialogs;
+    ProgressWindow *m_progressWindow = nullptr;
+    std::unique_ptr<DataFile> m_dataFile;
+    std::unique_ptr<CsvExport> m_csvExport;
+    std::unique_ptr<FileCommands> m_fileCommands;
+    AutoSave *m_autoSave = nullptr;
 };

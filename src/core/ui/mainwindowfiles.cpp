@@ -1,0 +1,65 @@
+// The main window's part in the data files: the file commands behind the
+// File menu, the shared progress window and the autosave.
+#include "core/ui/mainwindow.h"
+
+#include "core/autosave.h"
+#include "files/csvexport.h"
+#include "files/datafile.h"
+#include "files/ui/progresswindow.h"
+#include "files/ui/qtfiledialogs.h"
+
+#include <QAction>
+
+void MainWindow::createFileCommands() {
+    MeasurementStore &store = m_ctx.store;
+    FileDialogs *dialogs = m_ctx.fileDialogs;
+    if (!dialogs) {
+        m_ownFileDialogs = std::make_unique<QtFileDialogs>(this);
+        dialogs = m_ownFileDialogs.get();
+    }
+    m_progressWindow = new ProgressWindow(this);
+    m_dataFile = std::make_unique<DataFile>(store, *this, m_progressWindow);
+    m_csvExport = std::make_unique<CsvExport>(store, *this, m_progressWindow);
+    m_fileCommands = std::make_unique<FileCommands>(store, *this, *dialogs, m_ctx.notifier,
+                                                    *m_dataFile, *m_csvExport);
+    // The autosave writes without the progress window.
+    m_autoSave = new AutoSave(
+        store, m_ctx.clock,
+        [this](const QString &fileName) {
+            return m_dataFile->dataFile_save(fileName, false).failed();
+        },
+        this);
+
+    FileCommands *commands = m_fileCommands.get();
+    connect(file_open, &QAction::triggered, this, [commands] { commands->file_open(); });
+    connect(file_save, &QAction::triggered, this, &MainWindow::file_save_command);
+    connect(file_saveas, &QAction::triggered, this, [commands] { commands->file_saveas(); });
+    connect(file_export, &QAction::triggered, this, [commands] { commands->file_export(); });
+    connect(file_setAutosavePath, &QAction::triggered, this,
+            [commands] { commands->file_setAutosavePath(); });
+}
+
+void MainWindow::file_save_command() {
+    m_fileCommands->file_save();
+}
+
+void MainWindow::autoSave_stop() {
+    m_autoSave->autoSave_stop();
+}
+
+void MainWindow::autoSave_restart() {
+    m_autoSave->autoSave_restart();
+}
+
+void MainWindow::autoSave_createFilename() {
+    m_autoSave->autoSave_createFilename();
+}
+
+void MainWindow::charts_disableZoom() {
+    // Chart windows come with the chart view; until they are created here
+    // there is no zoom to reset.
+}
+
+void MainWindow::settings_writeAutosavePath() {
+    settings::writeAutosavePath(m_ctx.settingsKey, m_ctx.store.path_autosave);
+}

@@ -1,0 +1,195 @@
+#include "device/devicelink.h"
+
+#include "core/notifier.h"
+#include "core/store.h"
+#include "device/metareply.h"
+
+#include <utility>
+
+DeviceLink::DeviceLink(MeasurementStore &store, Notifier &notifier, QObject *parent)
+    : QObject(parent), m_store(store), m_notifier(notifier) {
+    Timer_queryTiming.setInterval(kQueryIntervalMs);
+    connect(&Timer_queryTiming, &QTimer::timeout, this, &DeviceLink::onQueryTick);
+    // Every exchange sets 200 ms before starting it; 1000 is never used.
+    Timer_comTimeOut.setInterval(1000);
+    Timer_comTimeOut.setSingleShot(true);
+    Timer_comTimeOut.setTimerType(Qt::PreciseTimer);
+    connect(&Timer_comTimeOut, &QTimer::timeout, this, &DeviceLink::finishExchange);
+    setSerialIo(makeQtSerialIo());
+}
+
+DeviceLink::~DeviceLink() {
+    Timer_queryTiming.stop();
+    Timer_comTimeOut.stop();
+    if (m_io)
+        m_io->close();
+}
+
+void DeviceLink::setSerialIo(std::unique_ptr<SerialIo> io) {
+    if (m_io)
+        m_io->close();
+    m_portIsOpen = false;
+    m_io = std::move(io);
+    connect(m_io.get(), &SerialIo::readyRead, this, &DeviceLink::onReadyRead);
+    connect(m_io.get(), &SerialIo::lost, this, &DeviceLink::onPortLost);
+}
+
+void DeviceLink::setConfiguredPort(ConfiguredPort configured) {
+    m_configured = std::move(configured);
+}
+
+void DeviceLink::com_init() {
+    comPort = 1;
+    comBaudRate = 115200;
+    m_portIsOpen = false;
+    m_noPortWarned = false;
+}
+
+void DeviceLink::com_openComPort() {
+    m_portIsOpen = !m_io->open(portDevice(), comBaudRate);
+}
+
+void DeviceLink::com_closeComPort() {
+    m_io->close();
+    m_portIsOpen = false;
+}
+
+void DeviceLink::com_sendString(const QString &outputString) {
+    for (const QChar c : outputString)
+        m_io->write(c.unicode() < 256 ? char(c.unicode()) : '?');
+}
+
+void DeviceLink::com_queryString(const QString &queryString) {
+    enqueue(queryString, Warn::EveryTime, [this](const QByteArray &reply) {
+        emit queryStringReplied(QString::fromLatin1(reply));
+    });
+}
+
+void DeviceLink::com_startQuery() {
+    m_noPortWarned = false;
+    // The timer starts first: the immediate poll may finish (and its
+    // listeners may stop the query) before this returns.
+    Timer_queryTiming.start(m_queryInterval);
+    if (!m_pollRunning)
+        startPoll(false);
+}
+
+void DeviceLink::com_stopQuery() {
+    Timer_queryTiming.stop();
+}
+
+void DeviceLink::com_app_getList() {
+    enqueueList(false);
+}
+
+void DeviceLink::com_app_getAlarm() {
+    enqueue(QStringLiteral("alarmlimit get\r\n"), Warn::OncePerRun,
+            [this](const QByteArray &reply) { applyAlarmReply(reply, m_store); });
+}
+
+void DeviceLink::com_app_getCalibration() {
+    enqueue(QStringLiteral("calibration get\r\n"), Warn::OncePerRun,
+            [this](const QByteArray &reply) { applyCalibrationReply(reply, m_store); });
+}
+
+void DeviceLink::enqueueList(bool endsPoll) {
+    enqueue(QStringLiteral("list\r\n"), Warn::OncePerRun,
+            [this, endsPoll](const QByteArray &reply) {
+                const ListReplyResult result = applyListReply(reply, m_store);
+                if (endsPoll)
+                    m_pollRunning = false;
+                emit listPolled(result);
+            });
+}
+
+void DeviceLink::onQueryTick() {
+    // A tick that finds the previous poll still running is skipped, not
+    // queued: a slow or endlessly talking sensor must not pile up polls
+    // behind it, and the running poll brings the readings anyway.
+    if (m_pollRunning)
+        return;
+    startPoll(true);
+}
+
+void DeviceLink::startPoll(bool withMetadata) {
+    m_pollRunning = true;
+    if (withMetadata) {
+        com_app_getAlarm();
+        com_app_getCalibration();
+    }
+    enqueueList(true);
+}
+
+void DeviceLink::enqueue(const QString &command, Warn warn,
+                         std::function<void(const QByteArray &)> done) {
+    m_queue.push_back(Exchange{command, warn, std::move(done)});
+    pump();
+}
+
+// Starts queued exchanges until one is collecting or the queue is empty.
+// An exchange whose port cannot be opened completes at once with an empty
+// reply, so a loop rather than recursion keeps the stack flat. The warning
+// box may run a modal loop; anything queued meanwhile waits for this loop.
+void DeviceLink::pump() {
+    if (m_pumping)
+        return;
+    m_pumping = true;
+    while (!m_active && !m_queue.empty()) {
+        m_current = std::move(m_queue.front());
+        m_queue.pop_front();
+        m_active = true;
+        m_reply.clear();
+        if (!m_portIsOpen)
+            com_openComPort();
+        if (!m_portIsOpen) {
+            reportNoPort(m_current.warn);
+            const Exchange failed = std::exchange(m_current, Exchange());
+            m_active = false;
+            failed.done(QByteArray());
+            continue;
+        }
+        com_sendString(m_current.command);
+        Timer_comTimeOut.start(kSilenceMs);
+    }
+    m_pumping = false;
+}
+
+void DeviceLink::finishExchange() {
+    if (!m_active)
+        return;
+    Timer_comTimeOut.stop();
+    com_closeComPort();
+    const Exchange done = std::exchange(m_current, Exchange());
+    const QByteArray reply = std::exchange(m_reply, QByteArray());
+    m_active = false;
+    done.done(reply);
+    pump();
+}
+
+void DeviceLink::onReadyRead() {
+    const QByteArray bytes = m_io->readAll();
+    if (!m_active || !Timer_comTimeOut.isActive())
+        return; // nothing is collecting: these bytes belong to no exchange
+    if (m_reply.size() + bytes.size() <= kMaxReplyBytes)
+        m_reply += bytes;
+    if (!bytes.isEmpty())
+        Timer_comTimeOut.start(kSilenceMs);
+}
+
+void DeviceLink::onPortLost() {
+    if (!m_active || !Timer_comTimeOut.isActive())
+        return;
+    // End the exchange with what arrived, on the next pass of the event
+    // loop rather than from inside the port's error signal.
+    Timer_comTimeOut.start(0);
+}
+
+void DeviceLink::reportNoPort(Warn warn) {
+    if (warn == Warn::OncePerRun) {
+        if (m_noPortWarned)
+            return;
+        m_noPortWarned = true;
+    }
+    m_notifier.message(QStringLiteral("Com port not available"), QString(), Notifier::Buttons::Ok,
+                       Notifier::Icon::Exclamation);
+}

@@ -1,0 +1,134 @@
+#pragma once
+
+#include "device/listreply.h"
+#include "device/portnames.h"
+#include "device/serialio.h"
+
+#include <QByteArray>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+
+class MeasurementStore;
+class Notifier;
+
+// The device link: owns the serial port and the two timers and runs every
+// exchange with the sensor. An exchange opens the port, writes the command
+// one character at a time, collects the reply until the line has been
+// silent for 200 ms and closes the port again, so other programs can use
+// the port between polls. Exchanges are asynchronous (readyRead plus a
+// single-shot silence timer) and run one after another from a queue, so
+// they never share the port; the user interface keeps running meanwhile.
+//
+// While querying runs, every tick of Timer_queryTiming is one poll: the
+// alarm limit, the calibration tables and the reading list, in that order,
+// each reply applied to the store as soon as it is complete. After every
+// reading list listPolled() asks the owner for its display refresh.
+class DeviceLink : public QObject {
+    Q_OBJECT
+public:
+    static constexpr int kSilenceMs = 200;
+    static constexpr int kQueryIntervalMs = 4000;
+    // A talker that never stops keeps its exchange alive; beyond this many
+    // bytes its output is still consumed but no longer kept.
+    static constexpr qsizetype kMaxReplyBytes = 64 * 1024 * 1024;
+
+    DeviceLink(MeasurementStore &store, Notifier &notifier, QObject *parent = nullptr);
+    ~DeviceLink() override;
+
+    // Replaces the serial port adapter (QSerialPort by default).
+    void setSerialIo(std::unique_ptr<SerialIo> io);
+    // The device path configured for a port number (the settings value
+    // ComPort<n>, or the demo's simulator); empty falls back to the system's
+    // port list.
+    void setConfiguredPort(ConfiguredPort configured);
+    // The poll period com_startQuery uses; 4000 ms unless a recorder asks
+    // for another.
+    void setQueryInterval(int ms) { m_queryInterval = ms; }
+    int queryInterval() const { return m_queryInterval; }
+
+    // Start-up: port number 1, 115200 baud, port closed, warning armed.
+    void com_init();
+    // Opens the port behind comPort; a failure only leaves portIsOpen false.
+    void com_openComPort();
+    void com_closeComPort();
+    // Writes the text one character (one byte) at a time, adding nothing.
+    void com_sendString(const QString &outputString);
+    // One exchange for the service tools; its reply, the echo and all line
+    // breaks included, comes with queryStringReplied(). Shows "Com port not
+    // available" on every failed open.
+    void com_queryString(const QString &queryString);
+
+    // Arms the warning again, starts the poll timer and runs one reading
+    // list at once (unless a poll is still running, which stands in for it).
+    void com_startQuery();
+    // Stops the poll timer; a poll already running completes.
+    void com_stopQuery();
+
+    // The three exchanges of a poll, each also usable on its own. On a port
+    // that cannot be opened they warn once per query run and go on with an
+    // empty reply.
+    void com_app_getList();
+    void com_app_getAlarm();
+    void com_app_getCalibration();
+
+    bool portIsOpen() const { return m_portIsOpen; }
+    bool noPortWarned() const { return m_noPortWarned; }
+    bool pollRunning() const { return m_pollRunning; }
+    bool exchangeRunning() const { return m_active; }
+    bool queryRunning() const { return Timer_queryTiming.isActive(); }
+    // The device the next exchange will open.
+    QString portDevice() const { return comPort_device(comPort, m_configured); }
+
+    // Written by the control panel; read at every open.
+    int16_t comPort = 1;
+    int32_t comBaudRate = 115200;
+
+    QTimer Timer_queryTiming;
+    QTimer Timer_comTimeOut;
+
+signals:
+    void queryStringReplied(const QString &reply);
+    // After every reading list, also when the port could not be opened: the
+    // owner redraws its charts from the store.
+    void listPolled(const ListReplyResult &result);
+
+private:
+    enum class Warn { EveryTime, OncePerRun };
+    struct Exchange {
+        QString command;
+        Warn warn = Warn::OncePerRun;
+        std::function<void(const QByteArray &reply)> done;
+    };
+
+    void enqueue(const QString &command, Warn warn, std::function<void(const QByteArray &)> done);
+    void pump();
+    void finishExchange();
+    void onReadyRead();
+    void onPortLost();
+    void reportNoPort(Warn warn);
+    void onQueryTick();
+    void startPoll(bool withMetadata);
+    void enqueueList(bool endsPoll);
+
+    MeasurementStore &m_store;
+    Notifier &m_notifier;
+    std::unique_ptr<SerialIo> m_io;
+    ConfiguredPort m_configured;
+    int m_queryInterval = kQueryIntervalMs;
+
+    bool m_portIsOpen = false;
+    bool m_noPortWarned = false;
+    bool m_pollRunning = false;
+
+    std::deque<Exchange> m_queue;
+    Exchange m_current;
+    bool m_active = false;
+    bool m_pumping = false;
+    QByteArray m_reply;
+};

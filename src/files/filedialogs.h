@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QString>
+
+#include <cstdint>
+
+// The file dialogs of the file commands and the "Data handling" choice, as
+// one seam: the application shows real dialogs behind it, tests answer from
+// a script. The named dialog operations fix the filter of each use; the
+// implementation only has to show an open or save dialog for a filter.
+//
+// Filters are written as "description|pattern|" pairs (see the constants
+// below); qtFilter() turns them into Qt's form. The initial path "C:\" is
+// passed on as it is; the dialog maps it to the home folder where there is
+// no drive C:.
+class FileDialogs {
+public:
+    enum class Kind { Open, Save };
+
+    virtual ~FileDialogs() = default;
+
+    // The chosen full path, or "" when the user cancelled.
+    virtual QString fileDialog(Kind kind, const QString &filter, const QString &initialPath) = 0;
+    // The chosen folder with a trailing separator, or "".
+    virtual QString dialog_chooseDirectory(const QString &initialPath) = 0;
+    // Shows the "Data handling" dialog and waits for it: 1 replace, 2 insert
+    // before, 3 append, 0 after Cancel.
+    virtual int16_t dataHandling_choose() = 0;
+
+    QString dialog_openDataFile(const QString &initialPath);
+    QString dialog_saveDataFile(const QString &initialPath);
+    QString dialog_openLogFile(const QString &initialPath);
+    QString dialog_saveCsvFile(const QString &initialPath);
+
+    static const QString dataFilter;
+    static const QString logFilter;
+    static const QString csvFilter;
+    // The initial path of the dialogs when no file is current.
+    static const QString initialFolder;
+
+    // "Text data files (*.txt)|*.txt|All files (*.*)|*.*|" becomes
+    // "Text data files (*.txt);;All files (*.*)": Qt reads the patterns from
+    // the parentheses, so a description without them gets its pattern added.
+    static QString qtFilter(const QString &filter);
+    // The folder or file a dialog opens at: "C:\" is the home folder on
+    // systems without drive letters; anything else is kept.
+    static QString startPath(const QString &initialPath);
+};

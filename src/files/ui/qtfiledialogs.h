@@ -1,0 +1,25 @@
+#pragma once
+
+#include "files/filedialogs.h"
+
+#include <QPointer>
+
+class DataHandlingDialog;
+class QWidget;
+
+// The file dialogs of the file commands as Qt's standard dialogs, and the
+// "Data handling" dialog, created on first use and kept so its last choice
+// stays selected.
+class QtFileDialogs : public FileDialogs {
+public:
+    explicit QtFileDialogs(QWidget *parent);
+    ~QtFileDialogs() override;
+
+    QString fileDialog(Kind kind, const QString &filter, const QString &initialPath) override;
+    QString dialog_chooseDirectory(const QString &initialPath) override;
+    int16_t dataHandling_choose() override;
+
+private:
+    QWidget *m_parent;
+    QPointer<DataHandlingDialog> m_dataHandling;
+};

@@ -1,0 +1,32 @@
+// The link's trace window.
+#include "device/ui/formdebug.h"
+
+#include <QPlainTextEdit>
+#include <QTest>
+
+class TestFormDebug : public QObject {
+    Q_OBJECT
+
+private slots:
+    void startsEmptyWithItsCaption();
+    void doutAppendsWithoutSeparator();
+};
+
+void TestFormDebug::startsEmptyWithItsCaption() {
+    Form_debug form;
+    QCOMPARE(form.windowTitle(), QStringLiteral("NAK_OS Debug"));
+    QVERIFY(form.Text1->toPlainText().isEmpty());
+}
+
+void TestFormDebug::doutAppendsWithoutSeparator() {
+    Form_debug form;
+    form.show();
+    form.dout(QStringLiteral("list"));
+    form.dout(QStringLiteral(" 12"));
+    form.Text1->moveCursor(QTextCursor::Start); // appending ignores the caret
+    form.dout(QStringLiteral("\nnext"));
+    QCOMPARE(form.Text1->toPlainText(), QStringLiteral("list 12\nnext"));
+}
+
+QTEST_MAIN(TestFormDebug)
+#include "tst_formdebug.moc"

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "files/filedialogs.h"
+
+#include <QList>
+#include <QStringList>
+
+// File dialogs for tests: answers from a script ("" and 0, as after Cancel,
+// when it runs out) and records every dialog it was asked to show.
+class ScriptedDialogs : public FileDialogs {
+public:
+    struct Call {
+        Kind kind;
+        QString filter;
+        QString initialPath;
+    };
+
+    QString fileDialog(Kind kind, const QString &filter, const QString &initialPath) override {
+        calls.append({kind, filter, initialPath});
+        return fileAnswers.isEmpty() ? QString() : fileAnswers.takeFirst();
+    }
+    QString dialog_chooseDirectory(const QString &initialPath) override {
+        folderCalls << initialPath;
+        return folderAnswer;
+    }
+    int16_t dataHandling_choose() override {
+        ++modeCalls;
+        return modeAnswers.isEmpty() ? int16_t(0) : modeAnswers.takeFirst();
+    }
+
+    QStringList fileAnswers;
+    QList<int16_t> modeAnswers;
+    QString folderAnswer;
+    QList<Call> calls;
+    QStringList folderCalls;
+    int modeCalls = 0;
+};

@@ -1,0 +1,59 @@
+// nakos-tool convert: native data files in, one native or CSV file out.
+#include "command.h"
+
+#include "files/csvexport.h"
+#include "files/datafile.h"
+#include "files/filehost.h"
+
+#include "core/store.h"
+
+namespace {
+
+int convert(const QStringList &args) {
+    bool insert = false;
+    QStringList files;
+    for (const QString &arg : args) {
+        if (arg == QLatin1String("--insert")) {
+            insert = true;
+        } else if (arg == QLatin1String("--log") || arg == QLatin1String("--chain")) {
+            return toolFail(QStringLiteral("convert: %1 needs the sensor log import, which this "
+                                           "build does not have yet")
+                                .arg(arg));
+        } else if (arg.startsWith(QLatin1String("--"))) {
+            return toolFail(QStringLiteral("convert: unknown option %1").arg(arg));
+        } else {
+            files << arg;
+        }
+    }
+    if (files.size() < 2)
+        return toolFail(QStringLiteral("convert: needs at least one INPUT and an OUTPUT"));
+    const QString output = files.takeLast();
+
+    MeasurementStore store;
+    StoreOnlyHost host(store);
+    DataFile dataFile(store, host);
+    // The first input replaces the empty store; the others go after it, or
+    // before it with --insert, as the Open command's modes do.
+    MergeMode mode = MergeMode::Replace;
+    for (const QString &input : std::as_const(files)) {
+        const FileResult r = dataFile.dataFile_load(input, mode, false);
+        if (r.failed())
+            return toolFail(QStringLiteral("convert: ") + r.message);
+        mode = insert ? MergeMode::InsertBefore : MergeMode::Append;
+    }
+
+    FileResult written;
+    if (output.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive)) {
+        CsvExport csv(store, host);
+        written = csv.csvFile_export(output, false);
+    } else {
+        written = dataFile.dataFile_save(output, false);
+    }
+    if (written.failed())
+        return toolFail(QStringLiteral("convert: ") + written.message);
+    return 0;
+}
+
+const ToolCommand command("convert", "[--log | --chain] [--insert] INPUT... OUTPUT", convert);
+
+} // namespace

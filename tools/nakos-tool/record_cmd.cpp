@@ -1,0 +1,212 @@
+// nakos-tool record: the periodic query without a window. It runs exactly
+// the program's query (one immediate "list" poll, then every interval the
+// alarm limit, the calibration tables and "list"), autosaves as the program
+// does, and writes the store to OUTPUT when it stops: after N "list" polls,
+// or on Ctrl-C / SIGTERM.
+#include "command.h"
+
+#include "core/autosave.h"
+#include "core/clock.h"
+#include "core/notifier.h"
+#include "core/numbers.h"
+#include "core/store.h"
+#include "device/devicelink.h"
+#include "files/datafile.h"
+#include "files/filehost.h"
+#include "settings/registrykey.h"
+#include "settings/settings.h"
+#include "settings/startupfolders.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QRegularExpression>
+#include <QSocketNotifier>
+
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+#ifdef Q_OS_UNIX
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+struct RecordArgs {
+    QString port;
+    int polls = 0; // 0: until interrupted
+    int intervalMs = DeviceLink::kQueryIntervalMs;
+    QString output;
+};
+
+// Parses the fixed command line; on failure returns nothing and sets error.
+std::optional<RecordArgs> parseArgs(const QStringList &args, QString &error) {
+    RecordArgs r;
+    QStringList rest;
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        const QString &a = args[i];
+        const bool takesValue = a == QLatin1String("--port") || a == QLatin1String("--polls") ||
+                                a == QLatin1String("--interval");
+        if (!takesValue) {
+            if (a.startsWith(QLatin1String("--"))) {
+                error = QStringLiteral("record: unknown option '%1'").arg(a);
+                return std::nullopt;
+            }
+            rest << a;
+            continue;
+        }
+        if (i + 1 >= args.size()) {
+            error = QStringLiteral("record: %1 needs a value").arg(a);
+            return std::nullopt;
+        }
+        const QString value = args[++i];
+        if (a == QLatin1String("--port")) {
+            r.port = value;
+            continue;
+        }
+        const std::optional<int32_t> n = parseInteger(QStringView(value), 1, 1 << 30);
+        if (!n) {
+            error = QStringLiteral("record: %1 must be a positive whole number").arg(a);
+            return std::nullopt;
+        }
+        (a == QLatin1String("--polls") ? r.polls : r.intervalMs) = *n;
+    }
+    if (r.port.isEmpty() || rest.size() != 1) {
+        error = QStringLiteral("record: expected --port DEVICE and one OUTPUT");
+        return std::nullopt;
+    }
+    r.output = rest.first();
+    return r;
+}
+
+// "3" or "COM3": a port number, mapped to a device as the program does.
+std::optional<int> portNumber(const QString &port) {
+    static const QRegularExpression number(QStringLiteral("^(?:COM)?([0-9]{1,4})$"),
+                                           QRegularExpression::CaseInsensitiveOption);
+    const QRegularExpressionMatch m = number.match(port);
+    if (!m.hasMatch())
+        return std::nullopt;
+    const int n = m.captured(1).toInt();
+    return n >= 1 ? std::optional<int>(n) : std::nullopt;
+}
+
+// Message boxes become lines on standard error; nobody is there to answer.
+class StderrNotifier : public Notifier {
+public:
+    Answer message(const QString &text, const QString &, Buttons, Icon) override {
+        std::fprintf(stderr, "nakos-tool: %s\n", qPrintable(text));
+        return Answer::Ok;
+    }
+};
+
+#ifdef Q_OS_UNIX
+// Ctrl-C and SIGTERM end the event loop through a pipe, so the store is
+// written by ordinary code after the loop, not inside a signal handler.
+int g_signalPipe[2] = {-1, -1};
+
+void onStopSignal(int) {
+    const char c = 1;
+    [[maybe_unused]] const ssize_t n = ::write(g_signalPipe[1], &c, 1);
+}
+
+class StopSignals {
+public:
+    StopSignals() {
+        if (::pipe(g_signalPipe) != 0)
+            return;
+        for (int fd : g_signalPipe)
+            ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) | O_NONBLOCK);
+        m_notifier = std::make_unique<QSocketNotifier>(g_signalPipe[0], QSocketNotifier::Read);
+        QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [] {
+            char c;
+            while (::read(g_signalPipe[0], &c, 1) > 0) {
+            }
+            QCoreApplication::exit(0);
+        });
+        struct sigaction sa = {};
+        sa.sa_handler = onStopSignal;
+        sigemptyset(&sa.sa_mask);
+        ::sigaction(SIGINT, &sa, &m_oldInt);
+        ::sigaction(SIGTERM, &sa, &m_oldTerm);
+    }
+    ~StopSignals() {
+        if (!m_notifier)
+            return;
+        ::sigaction(SIGINT, &m_oldInt, nullptr);
+        ::sigaction(SIGTERM, &m_oldTerm, nullptr);
+        m_notifier.reset();
+        ::close(g_signalPipe[0]);
+        ::close(g_signalPipe[1]);
+    }
+
+private:
+    std::unique_ptr<QSocketNotifier> m_notifier;
+    struct sigaction m_oldInt = {};
+    struct sigaction m_oldTerm = {};
+};
+#else
+class StopSignals {};
+#endif
+
+int runRecord(const QStringList &args) {
+    QString error;
+    const std::optional<RecordArgs> a = parseArgs(args, error);
+    if (!a)
+        return toolFail(error);
+
+    auto store = std::make_unique<MeasurementStore>();
+    std::unique_ptr<RegistryKey> settingsKey = openProgramKey();
+    store->decimalSeparator = detectDecimalSeparator();
+    prepareFolders(*store, QDir::currentPath(), *settingsKey);
+    store->clear();
+
+    StderrNotifier notifier;
+    SystemClock clock;
+    StoreOnlyHost host(*store);
+    DataFile files(*store, host);
+
+    DeviceLink link(*store, notifier);
+    link.com_init();
+    if (const std::optional<int> n = portNumber(a->port)) {
+        link.comPort = int16_t(*n);
+        RegistryKey *key = settingsKey.get();
+        link.setConfiguredPort([key](int port) { return settings::comPortDevice(*key, port); });
+    } else {
+        const QString device = a->port;
+        link.setConfiguredPort([device](int) { return device; });
+    }
+    link.setQueryInterval(a->intervalMs);
+
+    AutoSave autosave(*store, clock, [&files](const QString &fileName) {
+        return files.dataFile_save(fileName, false).failed();
+    });
+
+    int polls = 0;
+    QObject::connect(&link, &DeviceLink::listPolled, &link, [&] {
+        if (a->polls > 0 && ++polls >= a->polls) {
+            link.com_stopQuery();
+            QCoreApplication::exit(0);
+        }
+    });
+
+    const StopSignals stopSignals;
+    autosave.autoSave_restart();
+    link.com_startQuery();
+    // The immediate poll may already have ended the run (a missing port).
+    if (a->polls == 0 || polls < a->polls)
+        QCoreApplication::exec();
+    link.com_stopQuery();
+    autosave.autoSave_stop();
+
+    const FileResult saved = files.dataFile_save(a->output, false);
+    if (saved.failed())
+        return toolFail(saved.message);
+    return 0;
+}
+
+const ToolCommand recordCommand("record", "--port DEVICE [--polls N] [--interval MS] OUTPUT",
+                                runRecord);
+
+} // namespace
