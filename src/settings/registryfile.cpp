@@ -79,22 +79,25 @@ bool RegistryFile::parse(const QByteArray &bytes) {
     const QString text = decode(bytes);
     // Join continuation lines ("hex:01,02,\" followed by an indented line).
     QStringList lines;
-    for (QString line : text.split(QLatin1Char('\n'))) {
-        if (line.endsWith(QLatin1Char('\r')))
-            line.chop(1);
+    for (const QString &raw : text.split(QLatin1Char('\n'))) {
+        const QString line = raw.trimmed();
         if (!lines.isEmpty() && lines.last().endsWith(QLatin1Char('\\')) &&
             lines.last().contains(QLatin1String("=hex"))) {
             lines.last().chop(1);
-            lines.last() += line.trimmed();
+            lines.last() += line;
             continue;
         }
         lines += line;
     }
-    if (lines.isEmpty() || lines.first().trimmed() != QLatin1String(kHeader))
+    // A continuation mark on the last line continues into nothing.
+    if (!lines.isEmpty() && lines.last().endsWith(QLatin1Char('\\')) &&
+        lines.last().contains(QLatin1String("=hex")))
+        lines.last().chop(1);
+    if (lines.isEmpty() || lines.first() != QLatin1String(kHeader))
         return true;
     Section *current = nullptr;
     for (qsizetype n = 1; n < lines.size(); ++n) {
-        const QString line = lines[n].trimmed();
+        const QString &line = lines[n];
         if (line.isEmpty() || line.startsWith(QLatin1Char(';')))
             continue;
         if (line.startsWith(QLatin1Char('['))) {
@@ -137,7 +140,12 @@ bool RegistryFile::parse(const QByteArray &bytes) {
             ok = unquote(data, v.string, send) && send == data.size();
         } else {
             v.type = Type::Other;
-            v.rawLine = line;
+            // Kept on one line when written back, so no continuation mark.
+            v.rawLine = line.trimmed();
+            while (v.rawLine.endsWith(QLatin1Char('\\'))) {
+                v.rawLine.chop(1);
+                v.rawLine = v.rawLine.trimmed();
+            }
         }
         if (!ok) {
             m_sections.clear();
