@@ -40,18 +40,14 @@ QByteArray calBlock(const char *label, const CalTable &table, bool blankLineAfte
 }
 
 QByteArray titleLines() {
-    const char *const titles[] = {"Date",
-                                  "Time",
-                                  "Temperature [\xB0"
-                                  "C]",
-                                  "Water [ppm]",
-                                  "Pressure [mBar]",
-                                  "Soot [%]",
-                                  "Ref ADC",
-                                  "Measure ADC"};
+    // The "°" is the single byte 0xB0.
+    const QByteArray temperature = QByteArray("Temperature [") + char(0xB0) + "C]";
+    const QByteArray titles[] = {
+        "Date",     "Time",    temperature,  "Water [ppm]", "Pressure [mBar]",
+        "Soot [%]", "Ref ADC", "Measure ADC"};
     QByteArray text = crlf;
-    for (const char *t : titles) {
-        if (t != titles[0])
+    for (const QByteArray &t : titles) {
+        if (&t != &titles[0])
             text += separator;
         text += quoted(t);
     }
