@@ -4,17 +4,43 @@
 
 #include <QPainter>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 namespace {
 
 // No grid is allowed more lines than this, whatever the zoom window.
 constexpr int kMaxGridLines = 10000;
 
-// Lines leave out their last pixel (flat caps): the frame's corner
-// coordinates and the joints of the curve rely on it.
 QPen linePen(QRgb color, Qt::PenStyle style = Qt::SolidLine) {
-    return QPen(QColor(color), 1, style, Qt::FlatCap);
+    return QPen(QColor(color), 1, style, Qt::SquareCap);
+}
+
+// A line covers every pixel from its start up to, but not including, its
+// end, whichever way it runs: the frame's corner coordinates and the joints
+// of the curve (a dip's lowest pixel comes from the segment leaving it) rely
+// on it. Qt's own flat caps drop the lower or right end instead, so the line
+// is drawn inclusively up to the last pixel before the end.
+void segment(QPainter &p, int x0, int y0, int x1, int y1) {
+    const int dx = x1 - x0, dy = y1 - y0;
+    const int n = std::max(std::abs(dx), std::abs(dy));
+    if (n == 0)
+        return;
+    if (n == 1) {
+        p.drawPoint(x0, y0);
+        return;
+    }
+    const double back = double(n - 1) / n;
+    int ex, ey;
+    if (std::abs(dx) >= std::abs(dy)) {
+        ex = x1 - (dx > 0 ? 1 : -1);
+        ey = y0 + chart_round(dy * back);
+    } else {
+        ey = y1 - (dy > 0 ? 1 : -1);
+        ex = x0 + chart_round(dx * back);
+    }
+    p.drawLine(x0, y0, ex, ey);
 }
 
 double clamp01(double v) {
@@ -100,10 +126,10 @@ void Drawing::run() {
 void Drawing::frameAndTitle() {
     const int l = g.left, t = g.top, r = g.right, b = g.bottom;
     p.setPen(linePen(m.color_lines));
-    p.drawLine(l - 1, t - 1, r + 1, t - 1);
-    p.drawLine(r + 1, t - 1, r + 1, b + 2);
-    p.drawLine(l - 1, b + 1, r + 1, b + 1);
-    p.drawLine(l - 1, t - 1, l - 1, b + 1);
+    segment(p, l - 1, t - 1, r + 1, t - 1);
+    segment(p, r + 1, t - 1, r + 1, b + 2);
+    segment(p, l - 1, b + 1, r + 1, b + 1);
+    segment(p, l - 1, t - 1, l - 1, b + 1);
 
     p.setFont(chart_font(12, true));
     p.setPen(QColor(m.color_title));
@@ -172,9 +198,9 @@ void Drawing::horizontalAxis() {
     for (float x = x1; x <= x2 && n < kMaxGridLines; x += step, ++n) {
         const int lx = px(x);
         p.setPen(linePen(m.color_lines));
-        p.drawLine(lx, g.bottom + 1, lx, g.bottom + 6);
+        segment(p, lx, g.bottom + 1, lx, g.bottom + 6);
         p.setPen(linePen(m.color_scaling));
-        p.drawLine(lx, g.top, lx, g.bottom);
+        segment(p, lx, g.top, lx, g.bottom);
         const int index = chart_round(x);
         if (index < 0 || index >= ChartModel::bufferSlots)
             continue;
@@ -207,9 +233,9 @@ void Drawing::verticalAxis() {
 void Drawing::yGridLine(float y, int decimals) {
     const int ly = py(y);
     p.setPen(linePen(m.color_lines));
-    p.drawLine(g.left - 5, ly, g.left - 1, ly);
+    segment(p, g.left - 5, ly, g.left - 1, ly);
     p.setPen(linePen(m.color_scaling));
-    p.drawLine(g.left, ly, g.right, ly);
+    segment(p, g.left, ly, g.right, ly);
     const QString label = chart_formatFixed(y, decimals);
     p.setPen(QColor(m.color_text));
     text(g.left - 10 - textWidth(label), ly - textHeight() / 2.0, label);
@@ -269,7 +295,7 @@ void Drawing::levelLines() {
             continue;
         p.setPen(linePen(line.color, Qt::DashDotDotLine));
         const int ly = py(line.value);
-        p.drawLine(g.left, ly, g.right, ly);
+        segment(p, g.left, ly, g.right, ly);
     }
     p.setPen(linePen(m.color_lines));
 }
@@ -292,11 +318,11 @@ void Drawing::curves() {
     if (count == 1) {
         p.setPen(graphPen);
         const int ly = yPixel(m.points[0].value_y);
-        p.drawLine(g.left, ly, g.right, ly);
+        segment(p, g.left, ly, g.right, ly);
         if (multi) {
             p.setPen(secondPen);
             const int ly1 = yPixel(m.value_y1[0]);
-            p.drawLine(g.left, ly1, g.right, ly1);
+            segment(p, g.left, ly1, g.right, ly1);
         }
         return;
     }
@@ -312,11 +338,11 @@ void Drawing::curves() {
         if (i >= x1 && i <= double(x2) + 1.0) {
             const float y = m.points[size_t(i)].value_y;
             const int ax = xPixel(prev), bx = xPixel(i);
-            p.drawLine(ax, yPixel(prevY), bx, yPixel(y));
+            segment(p, ax, yPixel(prevY), bx, yPixel(y));
             if (multi) {
                 const float yb = m.value_y1[size_t(i)];
                 p.setPen(secondPen);
-                p.drawLine(ax, yPixel(prevY1), bx, yPixel(yb));
+                segment(p, ax, yPixel(prevY1), bx, yPixel(yb));
                 p.setPen(graphPen);
                 prevY1 = yb;
             }
