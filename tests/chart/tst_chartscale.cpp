@@ -1,7 +1,7 @@
 // Scale arithmetic of the charts: rounding, the step cascade, label formats,
 // the cursor's value text, and the snapping rule of the window layout.
 #include "chart/chartscale.h"
-#include "chart/windowsnap.h"
+#include "chart/windowlayout.h"
 
 #include <QTest>
 
@@ -22,6 +22,8 @@ private slots:
     void dateAndTimeTexts();
     void snap_data();
     void snap();
+    void placement_data();
+    void placement();
 };
 
 void TestChartScale::rounding_data() {
@@ -130,6 +132,27 @@ void TestChartScale::snap() {
     QFETCH(QPoint, topLeft);
     const std::vector<QRect> others{moving, other}; // its own rectangle is ignored
     QCOMPARE(window_snap(moving, others), topLeft);
+}
+
+void TestChartScale::placement_data() {
+    QTest::addColumn<int>("areaWidth");
+    QTest::addColumn<int>("secondColumn");
+    // Panel 318 wide, charts 700 x 450.
+    QTest::newRow("wide area: side by side") << 3000 << 1018;
+    QTest::newRow("narrower: pulled in to the right edge") << 1400 << 700;
+    QTest::newRow("too narrow: on top of the first column") << 500 << 318;
+}
+
+void TestChartScale::placement() {
+    QFETCH(int, areaWidth);
+    QFETCH(int, secondColumn);
+    const QSize chart(700, 450);
+    const auto at = window_chartPlacement(QRect(0, 0, 318, 340), QSize(areaWidth, 900),
+                                          {chart, chart, chart, chart});
+    QCOMPARE(at[0], QPoint(318, 0));
+    QCOMPARE(at[1], QPoint(secondColumn, 0));
+    QCOMPARE(at[2], QPoint(318, 450));
+    QCOMPARE(at[3], QPoint(secondColumn, 450));
 }
 
 QTEST_GUILESS_MAIN(TestChartScale)

@@ -2,8 +2,18 @@
 
 #include <QPoint>
 #include <QRect>
+#include <QSize>
 
+#include <array>
 #include <span>
+
+// Where start-up puts the four chart windows: in two columns and two rows
+// (water, pressure / temperature, soot) right of the control panel's area.
+// The second column is pulled left so it ends at the right edge of the
+// frame's area, but never further left than the first; windows may then
+// overlap, which is better than hiding half a chart off-screen.
+std::array<QPoint, 4> window_chartPlacement(const QRect &panel, const QSize &area,
+                                            const std::array<QSize, 4> &chartSizes);
 
 // Snapping of a chart window to the windows around it, run by the window
 // layout timer: an edge of the moving window that comes within `distance`

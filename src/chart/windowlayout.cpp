@@ -1,5 +1,6 @@
-#include "chart/windowsnap.h"
+#include "chart/windowlayout.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace {
@@ -44,4 +45,14 @@ QPoint window_snap(const QRect &moving, std::span<const QRect> others, int dista
             consider(moving.top(), moving.bottom(), o.top(), o.bottom(), distance, dy, foundY);
     }
     return moving.topLeft() + QPoint(dx, dy);
+}
+
+std::array<QPoint, 4> window_chartPlacement(const QRect &panel, const QSize &area,
+                                            const std::array<QSize, 4> &chartSizes) {
+    const int x0 = panel.isNull() ? 0 : panel.right() + 1;
+    const int firstWidth = std::max(chartSizes[0].width(), chartSizes[2].width());
+    const int secondWidth = std::max(chartSizes[1].width(), chartSizes[3].width());
+    const int x1 = std::max(x0, std::min(x0 + firstWidth, area.width() - secondWidth));
+    const int y1 = std::max(chartSizes[0].height(), chartSizes[1].height());
+    return {QPoint(x0, 0), QPoint(x1, 0), QPoint(x0, y1), QPoint(x1, y1)};
 }
