@@ -1,0 +1,201 @@
+#include "files/datafile.h"
+
+#include "files/chunkwriter.h"
+#include "files/datafilescanner.h"
+#include "files/filehost.h"
+#include "files/progressticker.h"
+#include "files/textformat.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+const QString savingCaption = QStringLiteral("Saving file...");
+const QString loadingCaption = QStringLiteral("Loading file...");
+
+constexpr char crlf[] = "\r\n";
+
+// The "°" of the temperature heading is the single byte 0xB0.
+const QByteArray titleLines =
+    QByteArray("\r\n"
+               "Date\tTime\tWater [ppm]\tPressure [mBar]\tTemperature [") +
+    char(0xB0) +
+    QByteArray("C]\tSoot [%]\tRef ADC\tMeasure ADC\tStream\r\n"
+               "\r\n");
+
+QByteArray pairList(const CalTable &table) {
+    QByteArray text;
+    const int count = std::clamp<int>(table.count, 0, CalTable::capacity);
+    for (int i = 0; i < count; ++i) {
+        if (i > 0)
+            text += '\t';
+        text += textformat::formatFixed(table.pairs[i].first, 5, '.');
+        text += '\t';
+        text += textformat::formatFixed(table.pairs[i].second, 0, '.');
+    }
+    return text;
+}
+
+bool writeAll(QIODevice &device, const QByteArray &bytes) {
+    return device.write(bytes) != bytes.size();
+}
+
+QString deviceName(const QIODevice &device, const QString &name) {
+    if (!name.isEmpty())
+        return name;
+    if (const auto *file = qobject_cast<const QFile *>(&device))
+        return file->fileName();
+    return QString();
+}
+
+// Lines between progress updates: the clock is read only this often.
+constexpr int32_t linesPerUpdate = 1024;
+
+} // namespace
+
+DataFile::DataFile(MeasurementStore &store, FileHost &host, FileProgress *progress)
+    : m_store(store), m_host(host), m_progress(progress) {}
+
+DataFile::~DataFile() = default;
+
+FileResult DataFile::dataFile_save(const QString &fileName, bool showProgress) {
+    ProgressTicker ticker(showProgress ? m_progress : nullptr, savingCaption);
+    QFile file(fileName);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
+        return FileResult::createFailed(fileName);
+    return saveTo(file, fileName, ticker);
+}
+
+FileResult DataFile::dataFile_save(QIODevice &device, bool showProgress, const QString &name) {
+    ProgressTicker ticker(showProgress ? m_progress : nullptr, savingCaption);
+    if (!device.isWritable())
+        return FileResult::createFailed(deviceName(device, name));
+    return saveTo(device, deviceName(device, name), ticker);
+}
+
+FileResult DataFile::saveTo(QIODevice &device, const QString &name, ProgressTicker &ticker) {
+    const QByteArray line1 =
+        ":alarmthreshold=" + textformat::formatFixed(m_store.alarmThreshold, 0, '.') + crlf;
+    const QByteArray line2 = ":oilname=" + m_store.oilName.toLatin1() + crlf;
+    const QByteArray lines34 = ":calsource=" + pairList(m_store.calSource) + crlf +
+                               ":caltable=" + pairList(m_store.calTable) + crlf;
+    if (writeAll(device, line1) || writeAll(device, line2) || writeAll(device, lines34) ||
+        writeAll(device, titleLines))
+        return FileResult::writeFailed(name);
+    if (writeLines(device, 0, m_store.dataPoint_count, ticker))
+        return FileResult::writeFailed(name);
+    m_store.data_changed = false;
+    m_host.titleRefresh();
+    return FileResult::ok();
+}
+
+bool DataFile::dataFile_writeLines(QIODevice *device, int32_t first, int32_t end) {
+    ProgressTicker ticker(nullptr, QString());
+    if (!device || !device->isWritable())
+        return true;
+    return writeLines(*device, first, end, ticker);
+}
+
+bool DataFile::writeLines(QIODevice &device, int32_t first, int32_t end, ProgressTicker &ticker) {
+    if (first >= end)
+        return false;
+    if (first < 0 || end > MeasurementStore::capacity)
+        return true;
+    using textformat::formatFixed;
+    constexpr size_t maxLine = 10 + 8 + 7 * textformat::maxFixedLength + 8 + 2;
+    ChunkWriter out(device, 1 << 16);
+    const DataPoint *points = m_store.dataPoints.data();
+    const int32_t total = end - first;
+    for (int32_t i = first; i < end; ++i) {
+        const DataPoint &p = points[i];
+        char *const start = out.reserve(maxLine);
+        char *o = start;
+        textformat::writeDate(p, o);
+        o[10] = '\t';
+        textformat::writeTime(p, o + 11);
+        o[19] = '\t';
+        o += 20;
+        o += formatFixed<0>(p.water, '.', o);
+        *o++ = '\t';
+        o += formatFixed<2>(p.pressure, '.', o);
+        *o++ = '\t';
+        o += formatFixed<2>(p.temperature, '.', o);
+        *o++ = '\t';
+        o += formatFixed<2>(p.soot, '.', o);
+        *o++ = '\t';
+        o += formatFixed<0>(p.adc_ref, '.', o);
+        *o++ = '\t';
+        o += formatFixed<0>(p.adc_meas, '.', o);
+        *o++ = '\t';
+        o += formatFixed<0>(float(p.stream), '.', o);
+        *o++ = '\r';
+        *o++ = '\n';
+        out.commit(size_t(o - start));
+        const int32_t done = i - first + 1;
+        if (done % linesPerUpdate == 0) {
+            if (out.failed())
+                return true;
+            ticker.update(done, total);
+        }
+    }
+    const bool failed = out.flush();
+    ticker.update(total, total);
+    return failed;
+}
+
+FileResult DataFile::dataFile_load(const QString &fileName, MergeMode mode, bool showProgress) {
+    ProgressTicker ticker(showProgress ? m_progress : nullptr, loadingCaption);
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return FileResult::openFailed(fileName);
+    return loadFrom(file, mode, fileName, ticker);
+}
+
+FileResult DataFile::dataFile_load(QIODevice &device, MergeMode mode, bool showProgress,
+                                   const QString &name) {
+    ProgressTicker ticker(showProgress ? m_progress : nullptr, loadingCaption);
+    if (!device.isReadable())
+        return FileResult::openFailed(deviceName(device, name));
+    return loadFrom(device, mode, deviceName(device, name), ticker);
+}
+
+FileResult DataFile::loadFrom(QIODevice &device, MergeMode mode, const QString &name,
+                              ProgressTicker &ticker) {
+    if (!m_loadBuffer) {
+        m_loadBuffer = std::make_unique<DataPoint[]>(MeasurementStore::capacity);
+        m_block = std::make_unique<char[]>(blockSize);
+    }
+    const int64_t size = device.size();
+    DataFileScanner scanner(m_loadBuffer.get(), MeasurementStore::capacity);
+    scanner.reset(m_store.calSource, m_store.calTable);
+    int64_t done = 0;
+    for (;;) {
+        const qint64 n = device.read(m_block.get(), blockSize);
+        if (n < 0)
+            return FileResult::readFailed(name);
+        if (n == 0)
+            break;
+        done += n;
+        if (!scanner.scan(m_block.get(), n))
+            return FileResult::fileTooLarge(name, MeasurementStore::capacity);
+        ticker.update(done, size);
+    }
+
+    const int32_t n = scanner.count();
+    const int32_t before = m_store.dataPoint_count;
+    if (m_store.merge(m_loadBuffer.get(), n, mode))
+        return FileResult::mergeTooLarge(name, n, before, MeasurementStore::capacity);
+    if (scanner.alarmThreshold)
+        m_store.alarmThreshold = *scanner.alarmThreshold;
+    m_store.calSource = scanner.calSource;
+    m_store.calTable = scanner.calTable;
+    if (scanner.oilName)
+        m_host.oilName_set(*scanner.oilName);
+    m_store.data_changed = false;
+    m_host.titleRefresh();
+    m_host.display_data();
+    return FileResult::ok();
+}

@@ -1,0 +1,433 @@
+#include "files/datafilescanner.h"
+
+#include "files/textformat.h"
+
+#include "core/numbers.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace {
+
+constexpr char CR = '\r';
+constexpr char LF = '\n';
+constexpr char TAB = '\t';
+
+bool isBlank(char c) {
+    return c == ' ' || c == '\t';
+}
+
+QByteArrayView trimmedBlanks(QByteArrayView v) {
+    while (!v.isEmpty() && isBlank(v.front()))
+        v = v.sliced(1);
+    while (!v.isEmpty() && isBlank(v.back()))
+        v.chop(1);
+    return v;
+}
+
+float toFloat(QByteArrayView v) {
+    return str_toSingle(std::string_view(v.data(), size_t(v.size())));
+}
+
+// Date and time fields hold digits only; larger values than the field can
+// take are clamped rather than wrapped.
+template <typename T> T clampTo(int64_t v, int64_t hi) {
+    return T(v > hi ? hi : v);
+}
+
+int16_t streamNumber(float v) {
+    const float r = std::nearbyint(v);
+    if (r <= -32768.0f)
+        return -32768;
+    if (r >= 32767.0f)
+        return 32767;
+    return int16_t(r);
+}
+
+// Terminator of each date and time field.
+constexpr char dateTimeEnd[6] = {'-', '-', TAB, ':', ':', TAB};
+
+constexpr float floatPowersOfTen[] = {1e0f, 1e1f, 1e2f, 1e3f, 1e4f, 1e5f, 1e6f, 1e7f};
+
+inline bool isDigit(char c) {
+    return uint8_t(c - '0') < 10;
+}
+
+// The plain short number of the files ("-" in front, up to 7 digits, at
+// most one "," or "."), parsed straight from the block: mantissa and power
+// of ten are exact floats and one division rounds as a full parse would.
+// Returns where the field ended, or null when the field is anything else or
+// runs past the block; the general loop then takes it from the start.
+inline const char *fastNumber(const char *p, const char *end, float &value) {
+    bool negative = false;
+    if (p != end && *p == '-') {
+        negative = true;
+        ++p;
+    }
+    uint32_t mantissa = 0;
+    const char *digitsStart = p;
+    while (p != end && isDigit(*p)) {
+        mantissa = mantissa * 10 + uint32_t(*p - '0');
+        ++p;
+    }
+    int digits = int(p - digitsStart);
+    int fraction = 0;
+    if (p != end && (*p == '.' || *p == ',')) {
+        const char *fractionStart = ++p;
+        while (p != end && isDigit(*p)) {
+            mantissa = mantissa * 10 + uint32_t(*p - '0');
+            ++p;
+        }
+        fraction = int(p - fractionStart);
+        digits += fraction;
+    }
+    if (p == end || digits == 0 || digits > 7 || *p == '-' || *p == '.' || *p == ',')
+        return nullptr;
+    float v = float(mantissa);
+    if (fraction > 0)
+        v /= floatPowersOfTen[fraction];
+    value = negative ? -v : v;
+    return p;
+}
+
+// The line end the fast line parser works up to: the first CR or LF within
+// a short window, or null (a long line, or one running past the block).
+inline const char *lineEndWithin(const char *p, const char *end) {
+    constexpr int64_t window = 256;
+    const char *limit = end - p > window ? p + window : end;
+    const auto *cr = static_cast<const char *>(std::memchr(p, CR, size_t(limit - p)));
+    if (cr)
+        limit = cr;
+    const auto *lf = static_cast<const char *>(std::memchr(p, LF, size_t(limit - p)));
+    return lf ? lf : cr;
+}
+
+inline bool twoDigits(const char *p, uint8_t &out) {
+    if (!isDigit(p[0]) || !isDigit(p[1]))
+        return false;
+    out = uint8_t((p[0] - '0') * 10 + (p[1] - '0'));
+    return true;
+}
+
+// A plain number ended by `terminator`, without bounds checks: the caller's
+// line ends in CR or LF, which stops every digit loop.
+inline const char *lineNumber(const char *p, char terminator, float &value) {
+    const bool negative = *p == '-';
+    p += negative;
+    uint32_t mantissa = 0;
+    const char *digitsStart = p;
+    while (isDigit(*p))
+        mantissa = mantissa * 10 + uint32_t(*p++ - '0');
+    int digits = int(p - digitsStart);
+    int fraction = 0;
+    if (*p == '.' || *p == ',') {
+        const char *fractionStart = ++p;
+        while (isDigit(*p))
+            mantissa = mantissa * 10 + uint32_t(*p++ - '0');
+        fraction = int(p - fractionStart);
+        digits += fraction;
+    }
+    if (*p != terminator || digits == 0 || digits > 7)
+        return nullptr;
+    float v = float(mantissa);
+    if (fraction > 0)
+        v /= floatPowersOfTen[fraction];
+    value = negative ? -v : v;
+    return p + 1;
+}
+
+// The data line exactly as the writer makes it (four-digit year, two-digit
+// date and time fields, plain numbers, nothing after the stream), parsed in
+// one go. False for anything else: the state machine then reads the line.
+inline bool parseWriterLine(const char *p, const char *eol, DataPoint &out) {
+    if (eol - p < 20 + 14)
+        return false;
+    for (int i = 0; i < 4; ++i) {
+        if (!isDigit(p[i]))
+            return false;
+    }
+    if (p[4] != '-' || p[7] != '-' || p[10] != TAB || p[13] != ':' || p[16] != ':' || p[19] != TAB)
+        return false;
+    if (!twoDigits(p + 5, out.month) || !twoDigits(p + 8, out.day) ||
+        !twoDigits(p + 11, out.hour) || !twoDigits(p + 14, out.minute) ||
+        !twoDigits(p + 17, out.second))
+        return false;
+    out.year = int16_t((p[0] - '0') * 1000 + (p[1] - '0') * 100 + (p[2] - '0') * 10 + (p[3] - '0'));
+    p += 20;
+    float stream = 0.0f;
+    if (!(p = lineNumber(p, TAB, out.water)) || !(p = lineNumber(p, TAB, out.pressure)) ||
+        !(p = lineNumber(p, TAB, out.temperature)) || !(p = lineNumber(p, TAB, out.soot)) ||
+        !(p = lineNumber(p, TAB, out.adc_ref)) || !(p = lineNumber(p, TAB, out.adc_meas)) ||
+        !(p = lineNumber(p, *eol, stream)))
+        return false;
+    out.stream = streamNumber(stream);
+    return p == eol + 1;
+}
+
+} // namespace
+
+DataFileScanner::DataFileScanner(DataPoint *buffer, int32_t capacity)
+    : m_buffer(buffer), m_capacity(capacity) {}
+
+void DataFileScanner::reset(const CalTable &source, const CalTable &table) {
+    m_count = 0;
+    m_overflow = false;
+    m_mode = Mode::LineStart;
+    m_meta.clear();
+    oilName.reset();
+    alarmThreshold.reset();
+    calSource = source;
+    calSource.count = 0;
+    calTable = table;
+    calTable.count = 0;
+}
+
+bool DataFileScanner::scan(const char *data, int64_t size) {
+    const char *p = data;
+    const char *const end = data + size;
+    while (p != end && !m_overflow) {
+        switch (m_mode) {
+        case Mode::LineStart: {
+            const char c = *p;
+            if (c == CR || c == LF) {
+                ++p; // empty line
+                break;
+            }
+            if (c == ':') {
+                ++p;
+                m_mode = Mode::Meta;
+                m_meta.clear();
+                m_meta.append(c);
+                break;
+            }
+            if (isDigit(c)) {
+                const char *eol = lineEndWithin(p, end);
+                if (eol && parseWriterLine(p, eol, m_point)) {
+                    if (m_count >= m_capacity) {
+                        m_overflow = true;
+                        break;
+                    }
+                    m_buffer[m_count++] = m_point;
+                    p = eol + 1;
+                    break;
+                }
+            }
+            m_mode = Mode::Data;
+            m_state = 0;
+            m_integer = 0;
+            m_fieldLength = 0;
+            m_complete = false;
+            break;
+        }
+        case Mode::Data:
+            p = scanData(p, end);
+            break;
+        case Mode::Skip:
+        case Mode::Meta: {
+            const char *start = p;
+            while (p != end && *p != CR && *p != LF)
+                ++p;
+            if (m_mode == Mode::Meta) {
+                const qsizetype room = maxMetaLine - m_meta.size();
+                m_meta.append(start, std::min<qsizetype>(room, p - start));
+            }
+            if (p != end) {
+                ++p;
+                lineEnd();
+            }
+            break;
+        }
+        }
+    }
+    return !m_overflow;
+}
+
+// Runs the data line machine from p; returns where it stopped: at the end of
+// the bytes, after the line's end, or where the line turned to skipping.
+const char *DataFileScanner::scanData(const char *p, const char *const end) {
+    while (p != end) {
+        if (m_state < 6) {
+            int64_t v = m_integer;
+            while (p != end && isDigit(*p)) {
+                v = std::min<int64_t>(v * 10 + (*p - '0'), INT32_MAX);
+                ++p;
+            }
+            m_integer = v;
+            if (p == end)
+                return p;
+            const char c = *p++;
+            if (c == CR || c == LF) {
+                lineEnd();
+                return p;
+            }
+            // A "#" or any character but the field's end rejects the line.
+            if (c != dateTimeEnd[m_state]) {
+                m_mode = Mode::Skip;
+                return p;
+            }
+            endDateTimeField();
+        } else if (m_state <= 12) {
+            float value = 0.0f;
+            const char *fieldEnd = m_fieldLength == 0 ? fastNumber(p, end, value) : nullptr;
+            if (fieldEnd) {
+                p = fieldEnd;
+            } else {
+                p = collectNumber(p, end);
+                if (p == end)
+                    return p;
+                value = collectedNumber();
+            }
+            const char c = *p++;
+            if (c == TAB) {
+                storeNumber(value);
+                continue;
+            }
+            if (c == CR || c == LF) {
+                // The line's end works as the CR appended to the line.
+                storeNumber(value);
+                lineEnd();
+                return p;
+            }
+            m_mode = Mode::Skip; // "#" or a foreign character
+            return p;
+        } else {
+            // After the stream field nothing counts any more, not even a "#".
+            m_mode = Mode::Skip;
+            return p;
+        }
+    }
+    return p;
+}
+
+// The general number field loop: keeps the field's text (across blocks,
+// too) and stops at the first character that cannot be part of it.
+const char *DataFileScanner::collectNumber(const char *p, const char *const end) {
+    int length = m_fieldLength;
+    while (p != end) {
+        const char c = *p;
+        if (!isDigit(c) && c != '-' && c != ',' && c != '.')
+            break;
+        // Past 64 characters only the length counts: such a text reads as 0.
+        if (length < 64)
+            m_field[length] = c;
+        length += length <= 64;
+        ++p;
+    }
+    m_fieldLength = length;
+    return p;
+}
+
+float DataFileScanner::collectedNumber() const {
+    return m_fieldLength > 64 ? 0.0f : textformat::parseNumber(m_field, m_fieldLength);
+}
+
+void DataFileScanner::endDateTimeField() {
+    const int64_t v = m_integer;
+    switch (m_state) {
+    case 0:
+        m_point.year = clampTo<int16_t>(v, INT16_MAX);
+        break;
+    case 1:
+        m_point.month = clampTo<uint8_t>(v, 255);
+        break;
+    case 2:
+        m_point.day = clampTo<uint8_t>(v, 255);
+        break;
+    case 3:
+        m_point.hour = clampTo<uint8_t>(v, 255);
+        break;
+    case 4:
+        m_point.minute = clampTo<uint8_t>(v, 255);
+        break;
+    case 5:
+        m_point.second = clampTo<uint8_t>(v, 255);
+        break;
+    }
+    m_integer = 0;
+    ++m_state;
+}
+
+void DataFileScanner::storeNumber(float v) {
+    m_fieldLength = 0;
+    switch (m_state) {
+    case 6:
+        m_point.water = v;
+        break;
+    case 7:
+        m_point.pressure = v;
+        break;
+    case 8:
+        m_point.temperature = v;
+        break;
+    case 9:
+        m_point.soot = v;
+        break;
+    case 10:
+        m_point.adc_ref = v;
+        break;
+    case 11:
+        m_point.adc_meas = v;
+        break;
+    case 12:
+        m_point.stream = streamNumber(v);
+        m_complete = true;
+        break;
+    }
+    ++m_state;
+}
+
+void DataFileScanner::lineEnd() {
+    if (m_mode == Mode::Meta) {
+        metaLine();
+    } else if (m_complete) {
+        // Counted once the stream field ended, whatever followed it ("#").
+        if (m_count >= m_capacity)
+            m_overflow = true;
+        else
+            m_buffer[m_count++] = m_point;
+    }
+    m_complete = false;
+    m_mode = Mode::LineStart;
+}
+
+void DataFileScanner::metaLine() {
+    const QByteArrayView line(m_meta);
+    static constexpr QByteArrayView oilKey(":oilname=");
+    static constexpr QByteArrayView thresholdKey(":alarmthreshold=");
+    static constexpr QByteArrayView sourceKey(":calsource=");
+    static constexpr QByteArrayView tableKey(":caltable=");
+    if (line.startsWith(oilKey)) {
+        oilName = QString::fromLatin1(trimmedBlanks(line.sliced(oilKey.size())));
+    } else if (line.startsWith(thresholdKey)) {
+        const QByteArrayView value = line.sliced(thresholdKey.size());
+        if (!value.isEmpty())
+            alarmThreshold = toFloat(trimmedBlanks(value));
+    } else if (line.startsWith(sourceKey)) {
+        readPairs(line.sliced(sourceKey.size()), calSource);
+    } else if (line.startsWith(tableKey)) {
+        readPairs(line.sliced(tableKey.size()), calTable);
+    }
+    // Any other line starting with ":" is not a data line either.
+}
+
+void DataFileScanner::readPairs(QByteArrayView value, CalTable &table) {
+    value = trimmedBlanks(value);
+    bool second = false;
+    while (!value.isEmpty() && table.count < maxPairsRead) {
+        const qsizetype tab = value.indexOf(TAB);
+        const QByteArrayView piece = tab < 0 ? value : value.first(tab);
+        value = tab < 0 ? QByteArrayView() : value.sliced(tab + 1);
+        if (piece.isEmpty())
+            continue; // skipped without taking a turn
+        const float v = toFloat(piece);
+        CalPair &pair = table.pairs[table.count];
+        if (!second) {
+            pair.first = v;
+        } else {
+            pair.second = v;
+            ++table.count;
+        }
+        second = !second;
+    }
+}
