@@ -1,6 +1,7 @@
 #include "chart/chartrender.h"
 
 #include "chart/chartscale.h"
+#include "chart/linedrawer.h"
 
 #include <QPainter>
 
@@ -12,36 +13,6 @@ namespace {
 
 // No grid is allowed more lines than this, whatever the zoom window.
 constexpr int kMaxGridLines = 10000;
-
-QPen linePen(QRgb color, Qt::PenStyle style = Qt::SolidLine) {
-    return QPen(QColor(color), 1, style, Qt::SquareCap);
-}
-
-// A line covers every pixel from its start up to, but not including, its
-// end, whichever way it runs: the frame's corner coordinates and the joints
-// of the curve (a dip's lowest pixel comes from the segment leaving it) rely
-// on it. Qt's own flat caps drop the lower or right end instead, so the line
-// is drawn inclusively up to the last pixel before the end.
-void segment(QPainter &p, int x0, int y0, int x1, int y1) {
-    const int dx = x1 - x0, dy = y1 - y0;
-    const int n = std::max(std::abs(dx), std::abs(dy));
-    if (n == 0)
-        return;
-    if (n == 1) {
-        p.drawPoint(x0, y0);
-        return;
-    }
-    const double back = double(n - 1) / n;
-    int ex, ey;
-    if (std::abs(dx) >= std::abs(dy)) {
-        ex = x1 - (dx > 0 ? 1 : -1);
-        ey = y0 + chart_round(dy * back);
-    } else {
-        ey = y1 - (dy > 0 ? 1 : -1);
-        ex = x0 + chart_round(dx * back);
-    }
-    p.drawLine(x0, y0, ex, ey);
-}
 
 double clamp01(double v) {
     if (!(v > 0.0))
@@ -67,7 +38,7 @@ QString bracketed(const QString &text) {
 class Drawing {
 public:
     Drawing(ChartModel &m, QPainter &p, const ChartGeometry &g, const ChartRenderHooks &h)
-        : m(m), p(p), g(g), hooks(h) {}
+        : m(m), p(p), g(g), hooks(h), lines(p) {}
 
     void run();
 
@@ -96,6 +67,7 @@ private:
     QPainter &p;
     const ChartGeometry g;
     const ChartRenderHooks &hooks;
+    LineDrawer lines;
     int count = 0;
     float x1 = 0, x2 = 0, y1 = 0, y2 = 0;
 };
@@ -106,7 +78,7 @@ void Drawing::run() {
     p.setBackground(QColor(m.color_back));
     p.setBackgroundMode(Qt::TransparentMode);
     p.setBrush(QColor(m.color_lines));
-    p.setPen(linePen(m.color_lines));
+    p.setPen(QColor(m.color_lines));
     p.setFont(chart_font(8));
 
     frameAndTitle();
@@ -125,11 +97,11 @@ void Drawing::run() {
 
 void Drawing::frameAndTitle() {
     const int l = g.left, t = g.top, r = g.right, b = g.bottom;
-    p.setPen(linePen(m.color_lines));
-    segment(p, l - 1, t - 1, r + 1, t - 1);
-    segment(p, r + 1, t - 1, r + 1, b + 2);
-    segment(p, l - 1, b + 1, r + 1, b + 1);
-    segment(p, l - 1, t - 1, l - 1, b + 1);
+    lines.setColor(m.color_lines);
+    lines.line(l - 1, t - 1, r + 1, t - 1);
+    lines.line(r + 1, t - 1, r + 1, b + 2);
+    lines.line(l - 1, b + 1, r + 1, b + 1);
+    lines.line(l - 1, t - 1, l - 1, b + 1);
 
     p.setFont(chart_font(12, true));
     p.setPen(QColor(m.color_title));
@@ -197,10 +169,10 @@ void Drawing::horizontalAxis() {
     int n = 0;
     for (float x = x1; x <= x2 && n < kMaxGridLines; x += step, ++n) {
         const int lx = px(x);
-        p.setPen(linePen(m.color_lines));
-        segment(p, lx, g.bottom + 1, lx, g.bottom + 6);
-        p.setPen(linePen(m.color_scaling));
-        segment(p, lx, g.top, lx, g.bottom);
+        lines.setColor(m.color_lines);
+        lines.line(lx, g.bottom + 1, lx, g.bottom + 6);
+        lines.setColor(m.color_scaling);
+        lines.line(lx, g.top, lx, g.bottom);
         const int index = chart_round(x);
         if (index < 0 || index >= ChartModel::bufferSlots)
             continue;
@@ -232,10 +204,10 @@ void Drawing::verticalAxis() {
 
 void Drawing::yGridLine(float y, int decimals) {
     const int ly = py(y);
-    p.setPen(linePen(m.color_lines));
-    segment(p, g.left - 5, ly, g.left - 1, ly);
-    p.setPen(linePen(m.color_scaling));
-    segment(p, g.left, ly, g.right, ly);
+    lines.setColor(m.color_lines);
+    lines.line(g.left - 5, ly, g.left - 1, ly);
+    lines.setColor(m.color_scaling);
+    lines.line(g.left, ly, g.right, ly);
     const QString label = chart_formatFixed(y, decimals);
     p.setPen(QColor(m.color_text));
     text(g.left - 10 - textWidth(label), ly - textHeight() / 2.0, label);
@@ -293,16 +265,12 @@ void Drawing::levelLines() {
         const ChartXLine &line = m.xLines[size_t(k)];
         if (line.value < y1 || line.value > y2)
             continue;
-        p.setPen(linePen(line.color, Qt::DashDotDotLine));
         const int ly = py(line.value);
-        segment(p, g.left, ly, g.right, ly);
+        lines.patternedLine(line.color, Qt::DashDotDotLine, g.left, ly, g.right, ly);
     }
-    p.setPen(linePen(m.color_lines));
 }
 
 void Drawing::curves() {
-    const QPen graphPen = linePen(m.color_graph);
-    const QPen secondPen = linePen(m.color_second);
     const bool multi = m.multiSeries;
     const double spanX = double(x2) - x1;
     const double spanY = double(y2) - y1;
@@ -316,13 +284,13 @@ void Drawing::curves() {
     };
 
     if (count == 1) {
-        p.setPen(graphPen);
+        lines.setColor(m.color_graph);
         const int ly = yPixel(m.points[0].value_y);
-        segment(p, g.left, ly, g.right, ly);
+        lines.line(g.left, ly, g.right, ly);
         if (multi) {
-            p.setPen(secondPen);
+            lines.setColor(m.color_second);
             const int ly1 = yPixel(m.value_y1[0]);
-            segment(p, g.left, ly1, g.right, ly1);
+            lines.line(g.left, ly1, g.right, ly1);
         }
         return;
     }
@@ -333,17 +301,17 @@ void Drawing::curves() {
     int prev = 0;
     float prevY = m.points[0].value_y;
     float prevY1 = m.value_y1[0];
-    p.setPen(graphPen);
+    lines.setColor(m.color_graph);
     for (int i = 0; i < count; ++i) {
         if (i >= x1 && i <= double(x2) + 1.0) {
             const float y = m.points[size_t(i)].value_y;
             const int ax = xPixel(prev), bx = xPixel(i);
-            segment(p, ax, yPixel(prevY), bx, yPixel(y));
+            lines.line(ax, yPixel(prevY), bx, yPixel(y));
             if (multi) {
                 const float yb = m.value_y1[size_t(i)];
-                p.setPen(secondPen);
-                segment(p, ax, yPixel(prevY1), bx, yPixel(yb));
-                p.setPen(graphPen);
+                lines.setColor(m.color_second);
+                lines.line(ax, yPixel(prevY1), bx, yPixel(yb));
+                lines.setColor(m.color_graph);
                 prevY1 = yb;
             }
             prev = i;

@@ -5,34 +5,49 @@
 
 namespace {
 
-// Bucket averaging of one quantity. The accumulator starts at N / 2 and
-// gains 5000 per point; every time it reaches N a bucket closes. The x value
-// and date of a plotted mean are those of the point that closed the previous
-// bucket (0 for the first), one bucket behind. The charts have always
-// labelled their points this way; keep it.
-template <typename Value, typename Adjust>
-void fillChart(const MeasurementStore &store, int32_t n, ChartModel &chart, Value value,
-               Adjust adjust) {
+// Bucket averaging of the four quantities in one walk over the store. The
+// accumulator starts at N / 2 and gains 5000 per point; every time it
+// reaches N a bucket closes. The x value and date of a plotted mean are
+// those of the point that closed the previous bucket (0 for the first), one
+// bucket behind. The charts have always labelled their points this way;
+// keep it.
+void fillCharts(const MeasurementStore &store, int32_t n, const DisplayCharts &charts) {
     const int16_t stream = store.stream_selected;
+    const bool percent = store.waterDisplayPercent;
     const DataPoint *points = store.dataPoints.data();
+    ChartModel &water = *charts[size_t(ChartQuantity::Water)];
+    ChartModel &pressure = *charts[size_t(ChartQuantity::Pressure)];
+    ChartModel &temperature = *charts[size_t(ChartQuantity::Temperature)];
+    ChartModel &soot = *charts[size_t(ChartQuantity::Soot)];
     int32_t accumulator = chart_round(n / 2.0);
-    double sum = 0.0;
+    double sumWater = 0.0, sumPressure = 0.0, sumTemperature = 0.0, sumSoot = 0.0;
     int32_t bucket = 0;
     int32_t xIndex = 0;
     for (int32_t i = 0; i < store.dataPoint_count; ++i) {
         const DataPoint &p = points[i];
         if (stream != 0 && p.stream != stream)
             continue;
-        sum += value(p);
+        sumWater += p.water;
+        sumPressure += p.pressure;
+        sumTemperature += p.temperature;
+        sumSoot += p.soot;
         ++bucket;
         accumulator += display_targetPoints;
         if (accumulator < n)
             continue;
         accumulator -= n;
         const DataPoint &at = points[xIndex];
-        chart.addDataPoint(float(xIndex), adjust(static_cast<float>(sum / bucket)), at.year,
-                           at.month, at.day, at.hour, at.minute, at.second);
-        sum = 0.0;
+        const float x = float(xIndex);
+        auto add = [&](ChartModel &chart, float value) {
+            chart.addDataPoint(x, value, at.year, at.month, at.day, at.hour, at.minute, at.second);
+        };
+        const float w = static_cast<float>(sumWater / bucket);
+        add(water, percent ? w / 10000.0f : w);
+        add(pressure, static_cast<float>(sumPressure / bucket));
+        const float t = static_cast<float>(sumTemperature / bucket);
+        add(temperature, t < -50.0f || t >= 150.0f ? 0.0f : t);
+        add(soot, static_cast<float>(sumSoot / bucket));
+        sumWater = sumPressure = sumTemperature = sumSoot = 0.0;
         bucket = 0;
         xIndex = i;
     }
@@ -64,22 +79,10 @@ bool display_fillCharts(const MeasurementStore &store, const DisplayCharts &char
     if (n < 1)
         return false;
 
+    fillCharts(store, n, charts);
+
     const bool percent = store.waterDisplayPercent;
     ChartModel &water = *charts[size_t(ChartQuantity::Water)];
-    auto same = [](float v) { return v; };
-    fillChart(
-        store, n, water, [](const DataPoint &p) { return p.water; },
-        [percent](float v) { return percent ? v / 10000.0f : v; });
-    fillChart(
-        store, n, *charts[size_t(ChartQuantity::Pressure)],
-        [](const DataPoint &p) { return p.pressure; }, same);
-    fillChart(
-        store, n, *charts[size_t(ChartQuantity::Temperature)],
-        [](const DataPoint &p) { return p.temperature; },
-        [](float v) { return v < -50.0f || v >= 150.0f ? 0.0f : v; });
-    fillChart(
-        store, n, *charts[size_t(ChartQuantity::Soot)], [](const DataPoint &p) { return p.soot; },
-        same);
 
     // Added even when no threshold is known (-1): it then sits just below
     // zero, where it is usually outside the view.

@@ -18,8 +18,8 @@ inline constexpr int display_targetPoints = 5000;
 // and set the water title: bucket means (about 5000 per chart, the stream
 // filter applied, water in per cent when chosen, implausible temperatures
 // plotted as 0), the alarm line on the water chart and the axis texts of
-// every chart. One pass over the store per chart and no allocation per
-// point. Returns false when there was nothing to show (an empty store or a
+// every chart. One pass over the store for all four charts and no
+// allocation per point. Returns false when there was nothing to show (an empty store or a
 // stream filter that matches no point): then the charts are left empty and
 // need no further drawing.
 bool display_fillCharts(const MeasurementStore &store, const DisplayCharts &charts);

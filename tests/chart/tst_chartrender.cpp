@@ -38,10 +38,14 @@ void addValues(ChartModel &m, std::initializer_list<float> values) {
     }
 }
 
-QImage draw(ChartModel &m) {
+// throughPainter: a clip over the whole image sends every line through
+// QPainter, the path a PDF page takes, instead of the direct pixel writer.
+QImage draw(ChartModel &m, bool throughPainter = false) {
     QImage img(m.geometry.width, m.geometry.height, QImage::Format_RGB32);
     img.fill(Qt::magenta); // anything the drawing leaves out shows up
     QPainter p(&img);
+    if (throughPainter)
+        p.setClipRect(img.rect());
     chart_draw(m, p, ChartSurface::Screen);
     return img;
 }
@@ -76,7 +80,9 @@ private slots:
     void pageFrame();
     void gridsInScalingColour();
     void levelLineOnlyInsideView();
+    void curveClampedToPlot_data();
     void curveClampedToPlot();
+    void painterPathDrawsTheSameLines();
     void zoomedViewStartsFromPointZero();
     void singlePointLine();
     void extentOfAllZeroValues();
@@ -151,18 +157,35 @@ void TestChartRender::levelLineOnlyInsideView() {
     QCOMPARE(countColour(img, qRgb(0, 200, 0)), 0);
 }
 
+void TestChartRender::curveClampedToPlot_data() {
+    QTest::addColumn<bool>("throughPainter");
+    QTest::newRow("pixel writer") << false;
+    QTest::newRow("QPainter") << true;
+}
+
 void TestChartRender::curveClampedToPlot() {
+    QFETCH(bool, throughPainter);
     ChartModel m = styledModel();
     // Minimum -5 is padded to -5 / 1.02, so the lowest point lies below the
-    // plot and is clamped to its bottom edge.
+    // plot and is clamped to its bottom edge. The dips' lowest pixels come
+    // from the segments leaving them.
     addValues(m, {3, -5, 3, -5, 3});
-    const QImage img = draw(m);
+    const QImage img = draw(m, throughPainter);
     const QRect plot(70, 40, 511, 331);
     QVERIFY(countColour(img, kGraph) > 0);
     QCOMPARE(countColour(img, kGraph, plot), countColour(img, kGraph));
     QVERIFY(countColour(img, kGraph, QRect(70, 370, 511, 1)) > 0);
     QCOMPARE(m.dataValue_min, static_cast<float>(-5 / 1.02));
     QCOMPARE(m.dataValue_max, static_cast<float>(3 * 1.02));
+}
+
+void TestChartRender::painterPathDrawsTheSameLines() {
+    // Frame, grids, ticks, a level line and the single-point line are all
+    // horizontal or vertical, where both paths must agree to the pixel.
+    ChartModel m = styledModel();
+    addValues(m, {10});
+    m.addXLine(4.0f, kLevel);
+    QCOMPARE(draw(m, true), draw(m, false));
 }
 
 void TestChartRender::zoomedViewStartsFromPointZero() {
