@@ -9,6 +9,12 @@ endif()
 target_compile_definitions(nakos_options INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_FOREACH
     NAKOS_VERSION_NUMBER=143)
+if(NAKOS_BUILD_FUZZ)
+    # Coverage feedback from the libraries, not only from the fuzz targets.
+    target_compile_options(nakos_options INTERFACE
+        -fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)
+    target_link_options(nakos_options INTERFACE -fsanitize=address,undefined)
+endif()
 if(NAKOS_SANITIZE)
     target_compile_options(nakos_options INTERFACE
         -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)

@@ -13,7 +13,8 @@ public:
 
     virtual ~Notifier() = default;
 
-    // An empty title means the application's default title.
+    // A null title (QString()) means the application's default title; an
+    // empty but non-null one (QLatin1String("")) shows no title at all.
     virtual Answer message(const QString &text, const QString &title, Buttons buttons,
                            Icon icon) = 0;
 };

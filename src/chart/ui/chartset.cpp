@@ -131,7 +131,7 @@ void ChartSet::dataView_selectStream(int16_t newStream) {
     display_data();
 }
 
-void ChartSet::applyVisibility(const ChartVisibility &visible) {
+void ChartSet::showCharts(const ChartVisibility &visible) {
     const bool show[chart_quantityCount] = {visible.water, visible.pressure, visible.temperature,
                                             visible.soot};
     for (int i = 0; i < chart_quantityCount; ++i) {
@@ -143,6 +143,10 @@ void ChartSet::applyVisibility(const ChartVisibility &visible) {
         else
             view->dataView_hide();
     }
+}
+
+void ChartSet::applyVisibility(const ChartVisibility &visible) {
+    showCharts(visible);
     display_data();
 }
 

@@ -57,6 +57,8 @@ public:
                              bool disableZoom) override;
     void dataView_syncInfoPos(int16_t objectIndex, int16_t dataIndex) override;
     void dataView_selectStream(int16_t newStream);
+    // Shows or hides each chart (start-up and settings OK).
+    void showCharts(const ChartVisibility &visible);
     // Settings OK: shows or hides each chart, then rebuilds the display.
     void applyVisibility(const ChartVisibility &visible);
     // Shutdown: releases slots 0 .. 4 (slot 5 is never touched).

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "settings/registrykey.h"
+
+#include <QString>
+
+// The display and print choices of the operator, held beside the
+// measurement store while the program runs (water in per cent lives in the
+// store itself as waterDisplayPercent). The defaults are those of a first
+// run.
+struct DisplayFlags {
+    bool displayWater = true;
+    bool displayTemperature = true;
+    bool displayPressure = true;
+    bool displaySoot = false;
+    bool printWater = true;
+    bool printTemperature = false;
+    bool printPressure = false;
+};
+
+namespace settings {
+
+constexpr int programVersion = 143;
+
+// 143 -> "1.43": the hundreds, a point, the remainder as two digits.
+QString versionText(int version = programVersion);
+
+// "Software\Velmora-Systems\NAK_OS PC-Interface 1.43"
+QString keyPath();
+
+// Reads the eight flags in their fixed order (any byte above 0 is on).
+// Returns true (failed) when the key cannot be opened; nothing changes then.
+bool readRegistry(RegistryKey &key, DisplayFlags &flags, bool &waterDisplayPercent);
+
+// Opens or creates the key and writes the eight flags as 1-byte values;
+// a key that can be neither opened nor created is skipped silently.
+void writeRegistry(RegistryKey &key, const DisplayFlags &flags, bool waterDisplayPercent);
+
+// The autosave folder, or "" when it is missing, empty or longer than the
+// 254 characters the program's buffer holds.
+QString readAutosavePath(RegistryKey &key);
+
+// Writes Version (143) and then AutosavePath.
+void writeAutosavePath(RegistryKey &key, const QString &path);
+
+// The device path set for port number n (value "ComPort<n>"), or "".
+QString comPortDevice(RegistryKey &key, int n);
+
+} // namespace settings

@@ -1,0 +1,235 @@
+// The persistent settings in their registry-format file, and the folders
+// prepared at start-up.
+#include "settings/filekey.h"
+#include "settings/settings.h"
+#include "settings/startupfolders.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+namespace {
+
+const QString kKey = QStringLiteral(
+    "HKEY_LOCAL_MACHINE\\Software\\Velmora-Systems\\NAK_OS PC-Interface 1.43");
+
+QByteArray regFile(const QByteArray &values) {
+    return "Windows Registry Editor Version 5.00\r\n\r\n"
+           "[HKEY_LOCAL_MACHINE\\Software\\Velmora-Systems\\NAK_OS PC-Interface 1.43]\r\n" +
+           values;
+}
+
+void write(const QString &path, const QByteArray &bytes) {
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write(bytes);
+}
+
+QByteArray read(const QString &path) {
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+} // namespace
+
+class TestSettings : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { QVERIFY(m_dir.isValid()); }
+    void versionAndKey();
+    void firstRunWritesTheDefaults();
+    void flagBytes();
+    void unreadableFilesActAsMissingKey_data();
+    void unreadableFilesActAsMissingKey();
+    void autosavePathLimits_data();
+    void autosavePathLimits();
+    void otherKeysAndValuesSurviveAWrite();
+    void utf16Export();
+    void comPortDevices();
+    void startUpFolders_data();
+    void startUpFolders();
+    void storedAutosavePathIsKept();
+
+private:
+    QString path() const { return m_dir.filePath(QStringLiteral("settings.reg")); }
+    QTemporaryDir m_dir;
+};
+
+void TestSettings::versionAndKey() {
+    QCOMPARE(settings::versionText(), QStringLiteral("1.43"));
+    QCOMPARE(settings::versionText(205), QStringLiteral("2.05"));
+    QCOMPARE(settings::keyPath(),
+             QStringLiteral("Software\\Velmora-Systems\\NAK_OS PC-Interface 1.43"));
+}
+
+void TestSettings::firstRunWritesTheDefaults() {
+    QFile::remove(path());
+    FileRegistryKey key(path(), kKey);
+    DisplayFlags flags;
+    bool percent = false;
+    QVERIFY(settings::readRegistry(key, flags, percent)); // no key yet
+    settings::writeRegistry(key, flags, percent);
+    settings::writeAutosavePath(key, QStringLiteral("C:\\data\\autosave\\"));
+    QCOMPARE(read(path()), regFile("\"DisplayWater\"=hex:01\r\n"
+                                   "\"DisplayTemperature\"=hex:01\r\n"
+                                   "\"DisplayPressure\"=hex:01\r\n"
+                                   "\"DisplaySoot\"=hex:00\r\n"
+                                   "\"PrintWater\"=hex:01\r\n"
+                                   "\"PrintTemperature\"=hex:00\r\n"
+                                   "\"PrintPressure\"=hex:00\r\n"
+                                   "\"WaterDisplayPercent\"=hex:00\r\n"
+                                   "\"Version\"=dword:0000008f\r\n"
+                                   "\"AutosavePath\"=\"C:\\\\data\\\\autosave\\\\\"\r\n"));
+    QCOMPARE(settings::readAutosavePath(key), QStringLiteral("C:\\data\\autosave\\"));
+}
+
+void TestSettings::flagBytes() {
+    write(path(), regFile("\"DisplayWater\"=hex:00\r\n\"DisplaySoot\"=hex:02\r\n"
+                          "\"PrintPressure\"=hex:ff\r\n\"WaterDisplayPercent\"=hex:01\r\n"
+                          "\"PrintWater\"=hex:01,00\r\n\"DisplayPressure\"=dword:00000000\r\n"));
+    FileRegistryKey key(path(), kKey);
+    DisplayFlags flags;
+    bool percent = false;
+    QVERIFY(!settings::readRegistry(key, flags, percent));
+    QVERIFY(!flags.displayWater);
+    QVERIFY(flags.displaySoot);   // any byte above 0 is on
+    QVERIFY(flags.printPressure); // 0xff too
+    QVERIFY(percent);
+    // Values that are not a single byte leave the flag as it was.
+    QVERIFY(flags.printWater);
+    QVERIFY(flags.displayPressure);
+    QVERIFY(flags.displayTemperature); // missing
+}
+
+void TestSettings::unreadableFilesActAsMissingKey_data() {
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("garbage") << QByteArray("\x01\x02garbage\xff");
+    QTest::newRow("no header") << QByteArray("[HKEY_LOCAL_MACHINE\\x]\r\n\"A\"=hex:01\r\n");
+    QTest::newRow("other key only")
+        << QByteArray("Windows Registry Editor Version 5.00\r\n\r\n[HKEY_LOCAL_MACHINE\\"
+                      "Software\\Velmora-Systems\\NAK_OS PC-Interface 1.42]\r\n"
+                      "\"DisplaySoot\"=hex:01\r\n");
+    QTest::newRow("broken value") << regFile("\"DisplaySoot\"=hex:0\r\n");
+    QTest::newRow("unterminated string") << regFile("\"AutosavePath\"=\"C:\\\\x\r\n");
+    QTest::newRow("value before any key")
+        << QByteArray("Windows Registry Editor Version 5.00\r\n\"DisplaySoot\"=hex:01\r\n");
+    QTest::newRow("empty") << QByteArray();
+}
+
+void TestSettings::unreadableFilesActAsMissingKey() {
+    QFETCH(QByteArray, content);
+    write(path(), content);
+    FileRegistryKey key(path(), kKey);
+    DisplayFlags flags;
+    bool percent = false;
+    QVERIFY(settings::readRegistry(key, flags, percent));
+    QVERIFY(!flags.displaySoot);
+    QVERIFY(settings::readAutosavePath(key).isEmpty());
+    // Writing afterwards gives a readable file again.
+    settings::writeRegistry(key, flags, percent);
+    QVERIFY(!settings::readRegistry(key, flags, percent));
+}
+
+void TestSettings::autosavePathLimits_data() {
+    QTest::addColumn<int>("length");
+    QTest::addColumn<bool>("kept");
+    QTest::newRow("empty") << 0 << false;
+    QTest::newRow("254 characters") << 254 << true;
+    QTest::newRow("255 characters") << 255 << false;
+    QTest::newRow("300 characters") << 300 << false;
+}
+
+void TestSettings::autosavePathLimits() {
+    QFETCH(int, length);
+    QFETCH(bool, kept);
+    QFile::remove(path());
+    FileRegistryKey key(path(), kKey);
+    const QString folder = QString(length, QLatin1Char('a'));
+    settings::writeAutosavePath(key, folder);
+    QCOMPARE(settings::readAutosavePath(key), kept ? folder : QString());
+}
+
+void TestSettings::otherKeysAndValuesSurviveAWrite() {
+    write(path(), regFile("\"ComPort1\"=\"/dev/ttyUSB0\"\r\n\"Odd\"=hex(2):41,00\r\n") +
+                      "\r\n[HKEY_CURRENT_USER\\Other]\r\n\"Keep\"=\"me\"\r\n");
+    FileRegistryKey key(path(), kKey);
+    settings::writeRegistry(key, DisplayFlags(), false);
+    const QByteArray after = read(path());
+    QVERIFY(after.contains("[HKEY_CURRENT_USER\\Other]\r\n\"Keep\"=\"me\"\r\n"));
+    QVERIFY(after.contains("\"ComPort1\"=\"/dev/ttyUSB0\"\r\n\"Odd\"=hex(2):41,00\r\n"));
+    QVERIFY(after.contains("\"DisplayWater\"=hex:01\r\n"));
+}
+
+void TestSettings::utf16Export() {
+    // regedit itself exports UTF-16 with a byte order mark.
+    const QString text = QString::fromLatin1(regFile("\"DisplaySoot\"=hex:01\r\n"
+                                                     "\"AutosavePath\"=\"D:\\\\auto\\\\\"\r\n"));
+    QByteArray bytes("\xff\xfe");
+    for (QChar c : text) {
+        bytes += char(c.unicode() & 0xff);
+        bytes += char(c.unicode() >> 8);
+    }
+    write(path(), bytes);
+    FileRegistryKey key(path(), kKey);
+    DisplayFlags flags;
+    bool percent = false;
+    QVERIFY(!settings::readRegistry(key, flags, percent));
+    QVERIFY(flags.displaySoot);
+    QCOMPARE(settings::readAutosavePath(key), QStringLiteral("D:\\auto\\"));
+}
+
+void TestSettings::comPortDevices() {
+    write(path(), regFile("\"ComPort3\"=\"/dev/ttyUSB0\"\r\n"));
+    FileRegistryKey key(path(), kKey);
+    QCOMPARE(settings::comPortDevice(key, 3), QStringLiteral("/dev/ttyUSB0"));
+    QVERIFY(settings::comPortDevice(key, 1).isEmpty());
+}
+
+void TestSettings::startUpFolders_data() {
+    QTest::addColumn<bool>("trailingSeparator");
+    QTest::newRow("without separator") << false;
+    QTest::newRow("with separator") << true;
+}
+
+void TestSettings::startUpFolders() {
+    QFETCH(bool, trailingSeparator);
+    QTemporaryDir work;
+    QFile::remove(path());
+    QString dir = QDir::toNativeSeparators(work.path());
+    const QString base = dir + QDir::separator();
+    if (trailingSeparator)
+        dir += QDir::separator();
+    auto store = std::make_unique<MeasurementStore>();
+    FileRegistryKey key(path(), kKey);
+    prepareFolders(*store, dir, key);
+    const QString sep = QDir::separator();
+    QCOMPARE(store->path_base, base);
+    QCOMPARE(store->path_data, base + QStringLiteral("data") + sep);
+    QCOMPARE(store->path_autosave, base + QStringLiteral("data") + sep +
+                                       QStringLiteral("autosave") + sep);
+    QVERIFY(QDir(store->path_autosave).exists());
+    QCOMPARE(settings::readAutosavePath(key), store->path_autosave);
+    uint32_t version = 0;
+    QVERIFY(!key.open());
+    QVERIFY(!key.queryDword(QStringLiteral("Version"), version));
+    key.close();
+    QCOMPARE(version, 143u);
+}
+
+void TestSettings::storedAutosavePathIsKept() {
+    QTemporaryDir work;
+    QFile::remove(path());
+    FileRegistryKey key(path(), kKey);
+    settings::writeAutosavePath(key, QStringLiteral("/somewhere/else/"));
+    auto store = std::make_unique<MeasurementStore>();
+    prepareFolders(*store, work.path(), key);
+    QCOMPARE(store->path_autosave, QStringLiteral("/somewhere/else/"));
+    QVERIFY(QDir(store->path_data).exists());
+    QVERIFY(!QDir(store->path_data + QStringLiteral("autosave")).exists());
+}
+
+QTEST_GUILESS_MAIN(TestSettings)
+#include "test_settings.moc"
