@@ -102,7 +102,10 @@ void MainWindow::startUp(const QString &currentDir) {
     store.stream_selected = 0;
 
     // The four charts beside the control panel's area, shown as the display
-    // settings say.
+    // settings say. They take half the frame's inner size, so the frame is
+    // on screen, maximised, before they are made.
+    show();
+    QCoreApplication::processEvents();
     m_charts = new ChartSet(store, m_mdi, this);
     m_charts->createCharts();
     m_charts->showCharts(chartVisibility(m_ctx.flags));
