@@ -160,6 +160,17 @@ void TestChartWindows::operationsDrawOnlyWhereDocumented() {
     QCOMPARE(view->windowTitle(), QStringLiteral("Another title"));
     QVERIFY(view->picture()->image() != drawn);
 
+    // While a drawing is under way, a further drawing and the cursor are
+    // dropped, not queued.
+    const QImage idle = view->picture()->image().copy();
+    view->model().drawing = true;
+    view->setInfoPos(0);
+    view->dataView_draw();
+    QCOMPARE(view->picture()->image(), idle);
+    view->model().drawing = false;
+    view->setInfoPos(0);
+    QVERIFY(cursorInk(view) > 0);
+
     view->model().zoomActive = true;
     view->dataView_clearData();
     QCOMPARE(view->model().point_count, 0);
