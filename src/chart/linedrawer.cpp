@@ -38,6 +38,13 @@ void LineDrawer::setColor(QRgb color) {
 }
 
 void LineDrawer::line(int x0, int y0, int x1, int y1) {
+    // Coordinates from degenerate views can lie far outside any canvas; held
+    // to a range where the error terms below cannot overflow.
+    constexpr int far = 1 << 20;
+    x0 = std::clamp(x0, -far, far);
+    y0 = std::clamp(y0, -far, far);
+    x1 = std::clamp(x1, -far, far);
+    y1 = std::clamp(y1, -far, far);
     if (!m_bits) {
         painterLine(x0, y0, x1, y1);
         return;
