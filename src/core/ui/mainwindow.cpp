@@ -1,5 +1,7 @@
 #include "core/ui/mainwindow.h"
 
+#include "chart/ui/chartset.h"
+
 #include "core/numbers.h"
 #include "core/title.h"
 #include "core/ui/aboutdialog.h"
@@ -18,6 +20,14 @@
 #include <QMdiArea>
 #include <QMenuBar>
 #include <QScreen>
+
+namespace {
+
+ChartVisibility chartVisibility(const DisplayFlags &flags) {
+    return {flags.displayWater, flags.displayPressure, flags.displayTemperature, flags.displaySoot};
+}
+
+} // namespace
 
 MainWindow::MainWindow(AppContext &ctx, QWidget *parent) : QMainWindow(parent), m_ctx(ctx) {
     setObjectName(QStringLiteral("MainWindow"));
@@ -96,12 +106,22 @@ void MainWindow::startUp(const QString &currentDir) {
     prepareFolders(store, currentDir, m_ctx.settingsKey);
     store.stream_selected = 0;
 
+    // The four charts beside the control panel's area, shown as the display
+    // settings say. They take half the frame's inner size, so the frame is
+    // on screen, maximised, before they are made.
+    show();
+    QCoreApplication::processEvents();
+    m_charts = new ChartSet(store, m_mdi, this);
+    m_charts->createCharts();
+    m_charts->showCharts(chartVisibility(m_ctx.flags));
+
     store.clear();
     store.oilName.clear();
     store.display_update_pending = false;
 
     titleRefresh();
     QCoreApplication::processEvents();
+    m_charts->startChangeMonitor();
     autoSave_restart();
 }
 
@@ -155,7 +175,26 @@ void MainWindow::file_new_command() {
     autoSave_restart();
 }
 
-void MainWindow::display_data() {}
+void MainWindow::display_data() {
+    if (m_charts)
+        m_charts->display_data();
+}
+
+void MainWindow::dataView_syncZoom_x(int16_t objectIndex, float x1_factor, float x2_factor,
+                                     bool disableZoom) {
+    if (m_charts)
+        m_charts->dataView_syncZoom_x(objectIndex, x1_factor, x2_factor, disableZoom);
+}
+
+void MainWindow::dataView_syncInfoPos(int16_t objectIndex, int16_t dataIndex) {
+    if (m_charts)
+        m_charts->dataView_syncInfoPos(objectIndex, dataIndex);
+}
+
+void MainWindow::dataView_selectStream(int16_t newStream) {
+    if (m_charts)
+        m_charts->dataView_selectStream(newStream);
+}
 
 void MainWindow::oilName_set(const QString &newName) {
     m_ctx.store.oilName = newName;
@@ -164,6 +203,8 @@ void MainWindow::oilName_set(const QString &newName) {
 
 void MainWindow::settings_generalSettings_command() {
     m_settingsDialog->exec();
+    if (m_charts)
+        m_charts->showCharts(chartVisibility(m_ctx.flags));
     display_data();
 }
 
@@ -177,6 +218,8 @@ void MainWindow::programTerminate() {
     if (m_terminated)
         return;
     m_terminated = true;
+    if (m_charts)
+        m_charts->releaseCharts();
     // Nothing is saved; the windows go and the event loop ends without
     // running the events still queued.
     m_mdi->closeAllSubWindows();

@@ -16,6 +16,7 @@ class DataFile;
 class DeviceLink;
 class FileDialogs;
 class ProgressWindow;
+class ChartSet;
 class QAction;
 class QMdiArea;
 class QMenu;
@@ -56,6 +57,12 @@ public:
     bool saveChanges_prompt() override;
     // Rebuilds every chart from the store.
     void display_data() override;
+    // Chart synchronisation: copies one chart's zoom or cursor to the others
+    // (called by the chart windows); the stream filter (control panel).
+    void dataView_syncZoom_x(int16_t objectIndex, float x1_factor, float x2_factor,
+                             bool disableZoom);
+    void dataView_syncInfoPos(int16_t objectIndex, int16_t dataIndex);
+    void dataView_selectStream(int16_t newStream);
     // Sets the oil name and asks for a display refresh.
     void oilName_set(const QString &newName) override;
 
@@ -85,6 +92,8 @@ public:
     FileCommands &fileCommands() const { return *m_fileCommands; }
     // The serial link to the sensor, created by startUp().
     DeviceLink *deviceLink() const { return m_deviceLink; }
+    // The chart windows (slots 0 .. 5) and their timers; null before start-up.
+    ChartSet *charts() const { return m_charts; }
 
     // Menu items, named after their code names.
     QAction *file_new = nullptr;
@@ -114,6 +123,7 @@ private:
     QMdiArea *m_mdi = nullptr;
     SettingsDialog *m_settingsDialog = nullptr;
     DeviceLink *m_deviceLink = nullptr;
+    ChartSet *m_charts = nullptr;
     bool m_terminated = false;
 
     // The data files and the autosave.

@@ -2,6 +2,8 @@
 // File menu, the shared progress window and the autosave.
 #include "core/ui/mainwindow.h"
 
+#include "chart/ui/chartset.h"
+#include "chart/ui/dataview.h"
 #include "core/autosave.h"
 #include "files/csvexport.h"
 #include "files/datafile.h"
@@ -56,8 +58,12 @@ void MainWindow::autoSave_createFilename() {
 }
 
 void MainWindow::charts_disableZoom() {
-    // Chart windows come with the chart view; until they are created here
-    // there is no zoom to reset.
+    if (!m_charts)
+        return;
+    for (int i = 0; i < ChartSet::slotCount; ++i) {
+        if (DataView *view = m_charts->slot(i))
+            view->dataView_disableZoom();
+    }
 }
 
 void MainWindow::settings_writeAutosavePath() {
