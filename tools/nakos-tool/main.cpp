@@ -2,10 +2,12 @@
 // record). Each sub-command registers itself; see command.h.
 #include "command.h"
 
+#include <QDir>
 #include <QGuiApplication>
 
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 namespace {
@@ -35,11 +37,19 @@ int toolFail(const QString &message) {
 
 int main(int argc, char **argv) {
     // Charts render through QPainter and fonts, which need a GUI application;
-    // the offscreen platform keeps the tool usable without a display.
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication app(argc, argv);
-    QStringList args = app.arguments();
+    // the offscreen platform keeps the tool usable without a display. The
+    // other commands stay clear of the platform layer and its chatter.
+    std::unique_ptr<QCoreApplication> app;
+    if (argc > 1 && std::strcmp(argv[1], "plot") == 0) {
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
+            qputenv("XDG_RUNTIME_DIR", QDir::tempPath().toLocal8Bit() + "/nakos-tool-runtime");
+        app = std::make_unique<QGuiApplication>(argc, argv);
+    } else {
+        app = std::make_unique<QCoreApplication>(argc, argv);
+    }
+    QStringList args = app->arguments();
     args.removeFirst();
     if (args.isEmpty() || args.first() == QLatin1String("--help")) {
         usage();

@@ -14,6 +14,7 @@
 #include "settings/ui/settingsdialog.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -91,7 +92,9 @@ void MainWindow::createMenus() {
 
 void MainWindow::startUp(const QString &currentDir) {
     MeasurementStore &store = m_ctx.store;
-    setWindowIcon(appIcon());
+    // Every window of the program, the chart windows included, shows our icon.
+    QApplication::setWindowIcon(appIcon());
+    setWindowIcon(QApplication::windowIcon());
 
     // Settings first: creating the dialog loads the stored choices or
     // stores the defaults.
