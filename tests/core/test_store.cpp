@@ -34,7 +34,6 @@ class TestStore : public QObject {
 private Q_SLOTS:
     void appendRejectsInvalidStamps_data();
     void appendRejectsInvalidStamps();
-    void appendKeepsEveryField();
     void duplicateIgnoresTheHour();
     void capacityEdge();
     void clearKeepsTablesAndResetsTheRest();
@@ -79,27 +78,6 @@ void TestStore::appendRejectsInvalidStamps() {
     QCOMPARE(r, accepted ? AppendResult::Added : AppendResult::Invalid);
     QCOMPARE(store->dataPoint_count, accepted ? 1 : 0);
     QCOMPARE(store->data_changed, accepted);
-}
-
-void TestStore::appendKeepsEveryField() {
-    auto store = std::make_unique<MeasurementStore>();
-    DataPoint p = at(2024, 3, 5, 14, 22, 10, 123.4f);
-    p.temperature = 45.2f;
-    p.pressure = 1013.0f;
-    p.soot = 0.12f;
-    p.stream = 3;
-    p.adc_ref = 2345.0f;
-    p.adc_meas = 2100.0f;
-    QCOMPARE(store->append(p), AppendResult::Added);
-    const DataPoint &q = store->dataPoints[0];
-    QCOMPARE(q.hour, uint8_t(14));
-    QCOMPARE(q.water, 123.4f);
-    QCOMPARE(q.temperature, 45.2f);
-    QCOMPARE(q.pressure, 1013.0f);
-    QCOMPARE(q.soot, 0.12f);
-    QCOMPARE(q.stream, int16_t(3));
-    QCOMPARE(q.adc_ref, 2345.0f);
-    QCOMPARE(q.adc_meas, 2100.0f);
 }
 
 void TestStore::duplicateIgnoresTheHour() {
@@ -216,8 +194,6 @@ void TestStore::timeTexts() {
     p.hour = 23;
     QCOMPARE(stampText(p), QStringLiteral("2024-03-31 23:02:09"));
     QCOMPARE(pad4(12345), QStringLiteral("2345")); // the last four are kept
-    QCOMPARE(pad2(7), QStringLiteral("07"));
-    QCOMPARE(pad2(123), QStringLiteral("23"));
 }
 
 void TestStore::titles() {
