@@ -124,8 +124,8 @@ void MainWindow::startUp(const QString &currentDir) {
 
     titleRefresh();
     QCoreApplication::processEvents();
-    m_charts->startChangeMonitor();
     autoSave_restart();
+    m_charts->startChangeMonitor();
 }
 
 void MainWindow::createDeviceLink() {
