@@ -28,13 +28,15 @@ DataView::DataView(DataViewOwner *owner, QWidget *parent)
     m_client->installEventFilter(this);
     m_picture->installEventFilter(this);
     m_picture->move(10, 10);
-    connect(this, &QMdiSubWindow::windowStateChanged, this,
-            [this](Qt::WindowStates, Qt::WindowStates now) {
-                m_model.active = now.testFlag(Qt::WindowActive);
-            });
+    m_stateConnection = connect(this, &QMdiSubWindow::windowStateChanged, this,
+                                [this](Qt::WindowStates, Qt::WindowStates now) {
+                                    m_model.active = now.testFlag(Qt::WindowActive);
+                                });
 }
 
-DataView::~DataView() = default;
+DataView::~DataView() {
+    disconnect(m_stateConnection);
+}
 
 void DataView::dataView_init() {
     show();

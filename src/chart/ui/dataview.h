@@ -89,6 +89,9 @@ private:
     void drawSelectionOutline(int x, int y);
 
     ChartModel m_model;
+    // Dropped in the destructor: the base class still emits state changes
+    // while it is torn down, when this object is gone.
+    QMetaObject::Connection m_stateConnection;
     DataViewOwner *m_owner = nullptr;
     QWidget *m_client = nullptr; // the window's inner area
     ChartPicture *m_picture = nullptr;
