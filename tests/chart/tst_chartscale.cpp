@@ -1,159 +1,149 @@
-// Scale arithmetic of the charts: rounding, the step cascade, label formats,
-// the cursor's value text, and the snapping rule of the window layout.
+// The arithmetic of the charts without any painting: rounding, the step
+// cascade, label and cursor formats, window snapping, the buffer limits and
+// the cursor's point index. Placement and the zoom arithmetic are driven by
+// real windows and mouse events in the chart window tests.
+#include "chart/chartmodel.h"
 #include "chart/chartscale.h"
 #include "chart/windowlayout.h"
 
 #include <QTest>
 
+#include <cmath>
 #include <limits>
-#include <vector>
 
-class TestChartScale : public QObject {
-    Q_OBJECT
-private slots:
-    void rounding_data();
-    void rounding();
-    void stepCascade_data();
-    void stepCascade();
-    void yLabelDecimals_data();
-    void yLabelDecimals();
-    void infoValueText_data();
-    void infoValueText();
-    void dateAndTimeTexts();
-    void snap_data();
-    void snap();
-    void placement_data();
-    void placement();
-};
+namespace {
 
-void TestChartScale::rounding_data() {
-    QTest::addColumn<double>("in");
-    QTest::addColumn<int>("out");
-    QTest::newRow("2.5 to even") << 2.5 << 2;
-    QTest::newRow("3.5 to even") << 3.5 << 4;
-    QTest::newRow("-2.5 to even") << -2.5 << -2;
-    QTest::newRow("0.49") << 0.49 << 0;
-    QTest::newRow("NaN") << std::numeric_limits<double>::quiet_NaN() << 0;
-    QTest::newRow("+inf held") << std::numeric_limits<double>::infinity() << 1000000000;
-    QTest::newRow("-inf held") << -std::numeric_limits<double>::infinity() << -1000000000;
-}
-
-void TestChartScale::rounding() {
-    QFETCH(double, in);
-    QFETCH(int, out);
-    QCOMPARE(chart_round(in), out);
-}
-
-void TestChartScale::stepCascade_data() {
-    QTest::addColumn<float>("step");
-    QTest::addColumn<float>("rounded");
-    const std::pair<float, float> rows[] = {
-        {1.3f, 2},   {3, 4},       {4, 4},       {7, 10},      {12, 20},       {26, 60},
-        {30, 60},    {60, 100},    {101, 200},   {201, 300},   {260, 600},     {499, 600},
-        {501, 1000}, {1001, 2000}, {2600, 3000}, {1.0f, 1.0f}, {0.37f, 0.37f}, {1e-7f, 1e-7f},
-    };
+// A one-in, one-out table, each row named after its input.
+template <typename In, typename Out, size_t N> void table(const std::pair<In, Out> (&rows)[N]) {
+    QTest::addColumn<In>("in");
+    QTest::addColumn<Out>("out");
     for (const auto &[in, out] : rows)
         QTest::addRow("%g", double(in)) << in << out;
 }
 
-void TestChartScale::stepCascade() {
-    QFETCH(float, step);
-    QFETCH(float, rounded);
-    QCOMPARE(chart_stepCascade(step), rounded);
-}
+} // namespace
 
-void TestChartScale::yLabelDecimals_data() {
-    QTest::addColumn<float>("y1");
-    QTest::addColumn<float>("y2");
-    QTest::addColumn<int>("decimals");
-    QTest::newRow("small positive") << 0.0f << 9.99f << 3;
-    QTest::newRow("-5 .. 3") << -4.9f << 3.06f << 3;
-    QTest::newRow("reaches 10") << 0.0f << 10.0f << 2;
-    QTest::newRow("down to -10") << -10.0f << 0.0f << 2;
-    QTest::newRow("reaches 100") << 0.0f << 100.0f << 1;
-    QTest::newRow("down to -100") << -100.0f << 5.0f << 1;
-    QTest::newRow("reaches 1000") << 0.0f << 1000.0f << 0;
-    QTest::newRow("down to -1000") << -1000.0f << -999.0f << 0;
-}
+class TestChartScale : public QObject {
+    Q_OBJECT
+private slots:
+    void rounding_data() {
+        const double inf = std::numeric_limits<double>::infinity();
+        const std::pair<double, int> rows[] = {
+            {2.5, 2},          {3.5, 4},          {-2.5, -2},         {0.49, 0},
+            {std::nan(""), 0}, {inf, 1000000000}, {-inf, -1000000000}};
+        table(rows);
+    }
+    void rounding() {
+        QFETCH(double, in);
+        QFETCH(int, out);
+        QCOMPARE(chart_round(in), out);
+    }
 
-void TestChartScale::yLabelDecimals() {
-    QFETCH(float, y1);
-    QFETCH(float, y2);
-    QFETCH(int, decimals);
-    QCOMPARE(chart_yLabelDecimals(y1, y2), decimals);
-}
+    void stepCascade_data() {
+        const std::pair<float, float> rows[] = {
+            {1.3f, 2},   {3, 4},       {4, 4},       {7, 10},      {12, 20},      {26, 60},
+            {30, 60},    {60, 100},    {101, 200},   {201, 300},   {260, 600},    {499, 600},
+            {501, 1000}, {1001, 2000}, {2600, 3000}, {1.0f, 1.0f}, {0.37f, .37f}, {1e-7f, 1e-7f}};
+        table(rows);
+    }
+    void stepCascade() {
+        QFETCH(float, in);
+        QFETCH(float, out);
+        QCOMPARE(chart_stepCascade(in), out);
+    }
 
-void TestChartScale::infoValueText_data() {
-    QTest::addColumn<float>("value");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("integer") << 3.0f << QStringLiteral("3");
-    QTest::newRow("one decimal") << 12.5f << QStringLiteral("12.5");
-    QTest::newRow("decimals capped") << 12.3456f << QStringLiteral("12.3");
-    QTest::newRow("negative") << -2.76f << QStringLiteral("-2.8");
-    QTest::newRow("small with point") << 0.04f << QStringLiteral("0.0");
-    // The plain form of 1e-5 is "1E-05": no point, so no decimals.
-    QTest::newRow("exponent without point") << 1e-5f << QStringLiteral("0");
-    QTest::newRow("exponent with point") << 1.5e-5f << QStringLiteral("0.0");
-    QTest::newRow("seven digits") << 1234567.0f << QStringLiteral("1234567");
-    QTest::newRow("eight digits") << 12345678.0f << QStringLiteral("12345678.0");
-}
+    void yLabelDecimals_data() {
+        QTest::addColumn<float>("y1");
+        QTest::addColumn<float>("y2");
+        QTest::addColumn<int>("decimals");
+        const std::tuple<float, float, int> rows[] = {
+            {0, 9.99f, 3}, {-4.9f, 3.06f, 3}, {0, 10, 2},   {-10, 0, 2},
+            {0, 100, 1},   {-100, 5, 1},      {0, 1000, 0}, {-1000, -999, 0}};
+        for (const auto &[y1, y2, decimals] : rows)
+            QTest::addRow("%g .. %g", double(y1), double(y2)) << y1 << y2 << decimals;
+    }
+    void yLabelDecimals() {
+        QFETCH(float, y1);
+        QFETCH(float, y2);
+        QFETCH(int, decimals);
+        QCOMPARE(chart_yLabelDecimals(y1, y2), decimals);
+    }
 
-void TestChartScale::infoValueText() {
-    QFETCH(float, value);
-    QFETCH(QString, text);
-    QCOMPARE(chart_infoValueText(value), text);
-}
+    // One decimal at most, and only when the seven-digit plain form has a
+    // point: that of 1e-5 is "1E-05", so it gets none.
+    void infoValueText_data() {
+        const std::pair<float, QByteArray> rows[] = {
+            {3, "3"},         {12.5f, "12.5"},      {12.3456f, "12.3"},
+            {-2.76f, "-2.8"}, {0.04f, "0.0"},       {1e-5f, "0"},
+            {1.5e-5f, "0.0"}, {1234567, "1234567"}, {12345678, "12345678.0"}};
+        table(rows);
+    }
+    void infoValueText() {
+        QFETCH(float, in);
+        QFETCH(QByteArray, out);
+        QCOMPARE(chart_infoValueText(in).toLatin1(), out);
+    }
 
-void TestChartScale::dateAndTimeTexts() {
-    QCOMPARE(chart_dateText(2024, 3, 5), QStringLiteral("2024-03-05"));
-    QCOMPARE(chart_dateText(999, 12, 31), QStringLiteral("0999-12-31"));
-    QCOMPARE(chart_timeText(7, 0, 9), QStringLiteral("07:00:09"));
-}
+    void snap() {
+        // Against a panel at 0,0 .. 299,399; the moving window's own
+        // rectangle in the list is ignored.
+        const std::pair<QPoint, QPoint> rows[] = {
+            {{306, 50}, {300, 50}},    // left edge snaps beside
+            {{295, 50}, {300, 50}},    // overlapping snaps beside
+            {{305, 7}, {300, 0}},      // top edges flush
+            {{-6, 404}, {0, 400}},     // below, left edges flush
+            {{306, 500}, {306, 500}},  // no overlap across the axis
+            {{-205, 50}, {-200, 50}}}; // right edge beside
+        for (const auto &[from, to] : rows) {
+            const QRect others[] = {QRect(from, QSize(200, 100)), QRect(0, 0, 300, 400)};
+            QCOMPARE(window_snap(others[0], others), to);
+        }
+    }
 
-void TestChartScale::snap_data() {
-    QTest::addColumn<QRect>("moving");
-    QTest::addColumn<QRect>("other");
-    QTest::addColumn<QPoint>("topLeft");
-    const QRect panel(0, 0, 300, 400); // right() = 299
-    QTest::newRow("far away stays") << QRect(400, 50, 200, 100) << panel << QPoint(400, 50);
-    QTest::newRow("left edge snaps beside") << QRect(306, 50, 200, 100) << panel << QPoint(300, 50);
-    QTest::newRow("left edge overlapping snaps beside")
-        << QRect(295, 50, 200, 100) << panel << QPoint(300, 50);
-    QTest::newRow("top edges flush") << QRect(305, 7, 200, 100) << panel << QPoint(300, 0);
-    QTest::newRow("below, left edges flush") << QRect(-6, 404, 200, 100) << panel << QPoint(0, 400);
-    QTest::newRow("no overlap across the axis")
-        << QRect(306, 500, 200, 100) << panel << QPoint(306, 500);
-    QTest::newRow("right edge beside") << QRect(-205, 50, 200, 100) << panel << QPoint(-200, 50);
-}
+    void bufferAndLineLimits() {
+        ChartModel m;
+        for (int i = 0; i < ChartModel::capacity; ++i)
+            QVERIFY(m.addDataPoint(float(i), 1.0f, 2024, 1, 1, 0, 0, 0));
+        QVERIFY(!m.addDataPoint(9999.0f, 2.0f, 2024, 1, 1, 0, 0, 0));
+        QVERIFY(!m.addMultiDataPoint(9999.0f, 2.0f, 3.0f, 2024, 1, 1, 0, 0, 0));
+        QCOMPARE(m.point_count, ChartModel::capacity);
+        // The extra slot the drawing may read stays untouched.
+        QCOMPARE(m.points[ChartModel::capacity].value_x, 0.0f);
+        QVERIFY(m.addXLine(1.0f, 1) && m.addXLine(2.0f, 2) && !m.addXLine(3.0f, 3));
+    }
 
-void TestChartScale::snap() {
-    QFETCH(QRect, moving);
-    QFETCH(QRect, other);
-    QFETCH(QPoint, topLeft);
-    const std::vector<QRect> others{moving, other}; // its own rectangle is ignored
-    QCOMPARE(window_snap(moving, others), topLeft);
-}
+    // On a 600 x 400 canvas: plot 70,40 .. 580,370 (510 x 330).
+    void infoIndex_data() {
+        QTest::addColumn<int>("count");
+        QTest::addColumn<bool>("zoomed"); // to 10 .. 20
+        QTest::addColumn<QPoint>("pos");
+        QTest::addColumn<int>("index");
+        QTest::newRow("left of plot") << 100 << false << QPoint(69, 100) << -1;
+        QTest::newRow("below plot") << 100 << false << QPoint(100, 371) << -1;
+        QTest::newRow("left edge") << 100 << false << QPoint(70, 100) << 0;
+        // f = 459 / 510 = 0.9 of the count (90), not of count - 1 (89.1).
+        QTest::newRow("cursor runs ahead") << 100 << false << QPoint(529, 100) << 90;
+        QTest::newRow("right edge held at count - 1") << 100 << false << QPoint(580, 100) << 99;
+        QTest::newRow("empty chart") << 0 << false << QPoint(325, 100) << 0;
+        QTest::newRow("zoomed") << 100 << true << QPoint(325, 100) << 15;
+    }
 
-void TestChartScale::placement_data() {
-    QTest::addColumn<int>("areaWidth");
-    QTest::addColumn<int>("secondColumn");
-    // Panel 318 wide, charts 700 x 450.
-    QTest::newRow("wide area: side by side") << 3000 << 1018;
-    QTest::newRow("narrower: pulled in to the right edge") << 1400 << 700;
-    QTest::newRow("too narrow: on top of the first column") << 500 << 318;
-}
-
-void TestChartScale::placement() {
-    QFETCH(int, areaWidth);
-    QFETCH(int, secondColumn);
-    const QSize chart(700, 450);
-    const auto at = window_chartPlacement(QRect(0, 0, 318, 340), QSize(areaWidth, 900),
-                                          {chart, chart, chart, chart});
-    QCOMPARE(at[0], QPoint(318, 0));
-    QCOMPARE(at[1], QPoint(secondColumn, 0));
-    QCOMPARE(at[2], QPoint(318, 450));
-    QCOMPARE(at[3], QPoint(secondColumn, 450));
-}
+    void infoIndex() {
+        QFETCH(int, count);
+        QFETCH(bool, zoomed);
+        QFETCH(QPoint, pos);
+        QFETCH(int, index);
+        ChartModel m;
+        m.setCanvasSize(600, 400);
+        for (int i = 0; i < count; ++i)
+            m.addDataPoint(float(i), 1, 2024, 1, 1, 0, 0, 0);
+        m.dataPoints_drawn = count; // as the last drawing left it
+        m.zoomActive = zoomed;
+        m.zoom_x1 = 10;
+        m.zoom_x2 = 20;
+        QCOMPARE(int(m.infoIndexAt(pos.x(), pos.y())), index);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestChartScale)
 #include "tst_chartscale.moc"

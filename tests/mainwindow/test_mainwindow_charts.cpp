@@ -1,5 +1,5 @@
 // The main window's charts: created at start-up as the display settings
-// say, rebuilt by the change monitor and by New, and the stream filter.
+// say, then rebuilt by the change monitor, the stream filter and New.
 #include "chart/ui/chartset.h"
 #include "chart/ui/dataview.h"
 #include "core/ui/mainwindow.h"
@@ -13,107 +13,59 @@
 
 #include <memory>
 
-namespace {
+class TestMainWindowCharts : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void chartsFromStartUpToNew_data() {
+        QTest::addColumn<bool>("storedSoot");
+        QTest::newRow("first run: soot hidden") << false;
+        QTest::newRow("soot stored on: shown") << true;
+    }
 
-struct Fixture {
-    explicit Fixture(const QString &dir, bool storedSoot = false)
-        : key(dir + QStringLiteral("/settings.reg"),
-              QLatin1String("HKEY_LOCAL_MACHINE\\") + settings::keyPath()),
-          ctx{*store, flags, key, notifier, clock}, window(ctx) {
+    void chartsFromStartUpToNew() {
+        QFETCH(bool, storedSoot);
+        QTemporaryDir dir;
+        auto store = std::make_unique<MeasurementStore>();
+        DisplayFlags flags;
+        FileRegistryKey key(dir.filePath(QStringLiteral("settings.reg")),
+                            QLatin1String("HKEY_LOCAL_MACHINE\\") + settings::keyPath());
         if (storedSoot) {
             DisplayFlags stored;
             stored.displaySoot = true;
             settings::writeRegistry(key, stored, false);
         }
-        window.startUp(dir);
-    }
-    void addReadings(int n) {
-        for (int i = 0; i < n; ++i) {
-            DataPoint p;
-            p.year = 2024;
-            p.month = 3;
-            p.day = 5;
-            p.hour = 14;
-            p.minute = uint8_t(i / 60);
-            p.second = uint8_t(i % 60);
-            p.water = float(100 + i);
+        ScriptedNotifier notifier;
+        FixedClock clock;
+        AppContext ctx{*store, flags, key, notifier, clock};
+        MainWindow window(ctx);
+        window.startUp(dir.path());
+        window.show();
+        auto chart = [&](ChartQuantity q) { return window.charts()->chart(q); };
+        QCOMPARE((QList<bool>{chart(ChartQuantity::Water)->isVisible(),
+                              chart(ChartQuantity::Pressure)->isVisible(),
+                              chart(ChartQuantity::Temperature)->isVisible(),
+                              chart(ChartQuantity::Soot)->isVisible()}),
+                 (QList<bool>{true, true, true, storedSoot}));
+        QVERIFY(window.charts()->Timer1.isActive());
+
+        // 30 readings, alternately of streams 1 and 2: the change monitor
+        // redraws when asked; the stream filter and New go through the window.
+        DataPoint p{.year = 2024, .month = 3, .day = 5};
+        for (int i = 0; i < 30; ++i) {
+            p.second = uint8_t(i);
             p.stream = int16_t(1 + i % 2);
             store->append(p);
         }
+        store->display_update_pending = true;
+        QTRY_COMPARE(chart(ChartQuantity::Water)->model().point_count, 30);
+        QVERIFY(!store->display_update_pending);
+        window.dataView_selectStream(2);
+        QCOMPARE(chart(ChartQuantity::Water)->model().point_count, 15);
+        notifier.answers = {Notifier::Answer::No};
+        window.file_new->trigger();
+        QCOMPARE(chart(ChartQuantity::Soot)->model().point_count, 0);
     }
-    DataView *chart(ChartQuantity q) const { return window.charts()->chart(q); }
-
-    std::unique_ptr<MeasurementStore> store = std::make_unique<MeasurementStore>();
-    DisplayFlags flags;
-    FileRegistryKey key;
-    ScriptedNotifier notifier;
-    FixedClock clock;
-    AppContext ctx;
-    MainWindow window;
 };
-
-} // namespace
-
-class TestMainWindowCharts : public QObject {
-    Q_OBJECT
-private Q_SLOTS:
-    void startUpCreatesTheCharts_data();
-    void startUpCreatesTheCharts();
-    void changeMonitorAndNewRedraw();
-    void streamFilter();
-};
-
-void TestMainWindowCharts::startUpCreatesTheCharts_data() {
-    QTest::addColumn<bool>("storedSoot");
-    QTest::newRow("first run: soot hidden") << false;
-    QTest::newRow("soot stored on: shown") << true;
-}
-
-void TestMainWindowCharts::startUpCreatesTheCharts() {
-    QFETCH(bool, storedSoot);
-    QTemporaryDir dir;
-    Fixture f(dir.path(), storedSoot);
-    f.window.show();
-    ChartSet *charts = f.window.charts();
-    QVERIFY(charts);
-    QCOMPARE(charts->chartCount(), 4);
-    QCOMPARE(f.window.mdiArea()->subWindowList().size(), 4);
-    QCOMPARE(f.chart(ChartQuantity::Water)->windowTitle(), QStringLiteral("Water [ppm]"));
-    QCOMPARE(f.chart(ChartQuantity::Soot)->windowTitle(), QStringLiteral("Soot [%]"));
-    QVERIFY(f.chart(ChartQuantity::Water)->isVisible());
-    QVERIFY(f.chart(ChartQuantity::Pressure)->isVisible());
-    QVERIFY(f.chart(ChartQuantity::Temperature)->isVisible());
-    QCOMPARE(f.chart(ChartQuantity::Soot)->isVisible(), storedSoot);
-    QVERIFY(charts->Timer_monitorChanges.isActive());
-    QVERIFY(charts->Timer1.isActive());
-}
-
-void TestMainWindowCharts::changeMonitorAndNewRedraw() {
-    QTemporaryDir dir;
-    Fixture f(dir.path());
-    f.addReadings(30);
-    f.store->display_update_pending = true;
-    QTRY_COMPARE(f.chart(ChartQuantity::Water)->model().point_count, 30);
-    QVERIFY(!f.store->display_update_pending);
-
-    f.notifier.answers = {Notifier::Answer::No};
-    f.window.file_new->trigger();
-    QCOMPARE(f.chart(ChartQuantity::Water)->model().point_count, 0);
-    QCOMPARE(f.chart(ChartQuantity::Soot)->model().point_count, 0);
-}
-
-void TestMainWindowCharts::streamFilter() {
-    QTemporaryDir dir;
-    Fixture f(dir.path());
-    f.addReadings(10);
-    f.window.display_data();
-    float a = 0.2f, b = 0.6f;
-    f.chart(ChartQuantity::Pressure)->setZoom_x(a, b);
-    f.window.dataView_selectStream(2);
-    QCOMPARE(f.store->stream_selected, 2);
-    QCOMPARE(f.chart(ChartQuantity::Water)->model().point_count, 5);
-    QVERIFY(!f.chart(ChartQuantity::Pressure)->model().zoomActive);
-}
 
 QTEST_MAIN(TestMainWindowCharts)
 #include "test_mainwindow_charts.moc"
