@@ -207,8 +207,7 @@ void MainWindow::oilName_set(const QString &newName) {
 void MainWindow::settings_generalSettings_command() {
     m_settingsDialog->exec();
     if (m_charts)
-        m_charts->showCharts(chartVisibility(m_ctx.flags));
-    display_data();
+        m_charts->applyVisibility(chartVisibility(m_ctx.flags));
 }
 
 void MainWindow::q_about_command() {
