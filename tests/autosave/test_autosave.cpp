@@ -8,13 +8,13 @@
 class TestAutoSave : public QObject {
     Q_OBJECT
 private slots:
-    void fileNames();
-    void savesOnEverySixthTick();
+    void namesAndPeriods();
 };
 
 // The name is taken at each restart from the clock and the folder of that
-// moment; within the same second it repeats and the new period overwrites.
-void TestAutoSave::fileNames() {
+// moment (within the same second it repeats: the new period overwrites); a
+// save runs on every sixth tick of a period when the store holds data.
+void TestAutoSave::namesAndPeriods() {
     const QString folder = QStringLiteral("C:\\x\\data\\autosave\\");
     QCOMPARE(AutoSave::fileNameFor(folder, QDateTime(QDate(999, 12, 31), QTime(23, 59, 59))),
              folder + QStringLiteral("NAK_OS_autosave_09991231_235959.txt"));
@@ -23,7 +23,6 @@ void TestAutoSave::fileNames() {
     store.path_autosave = QStringLiteral("/a/");
     FixedClock clock;
     AutoSave autoSave(store, clock, {});
-    QVERIFY(autoSave.fileName().isEmpty());
     autoSave.autoSave_restart();
     QCOMPARE(autoSave.timer().interval(), 10000);
     const QString first = autoSave.fileName();
@@ -40,36 +39,32 @@ void TestAutoSave::fileNames() {
     autoSave.autoSave_restart();
     QVERIFY(autoSave.isRunning());
     QCOMPARE(autoSave.fileName(), QStringLiteral("/b/NAK_OS_autosave_20240305_142211.txt"));
-}
 
-void TestAutoSave::savesOnEverySixthTick() {
-    MeasurementStore store;
     store.append(DataPoint{2024, 5, 6});
-    FixedClock clock;
     QStringList saved;
     bool fail = false;
-    AutoSave autoSave(store, clock, [&](const QString &name) {
+    AutoSave saving(store, clock, [&](const QString &name) {
         saved << name;
         return fail;
     });
     const auto ticks = [&](int n) {
         for (int i = 0; i < n; ++i)
-            autoSave.tick();
+            saving.tick();
         return saved.size();
     };
     QCOMPARE(ticks(6), 0); // no file name before the first restart
-    autoSave.autoSave_restart();
+    saving.autoSave_restart();
     QCOMPARE(ticks(5), 0);
     QCOMPARE(ticks(1), 1);
-    QCOMPARE(saved, QStringList{autoSave.fileName()});
-    autoSave.tick();
-    autoSave.autoSave_restart(); // a restart starts a full period
+    QCOMPARE(saved, QStringList{saving.fileName()});
+    saving.tick();
+    saving.autoSave_restart(); // a restart starts a full period
     QCOMPARE(ticks(5), 1);
     QCOMPARE(ticks(1), 2);
 
     fail = true; // a failed save is tried again on the next sixth tick
     QCOMPARE(ticks(12), 4);
-    QVERIFY(autoSave.isRunning());
+    QVERIFY(saving.isRunning());
     store.clear(); // an empty store is never saved
     QCOMPARE(ticks(60), 4);
 }

