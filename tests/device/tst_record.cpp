@@ -16,52 +16,32 @@ namespace {
 
 constexpr int kWaitMs = 20000;
 
-QString toolPath() {
-    return QStringLiteral(NAKOS_BINARY_DIR "/tools/nakos-tool/nakos-tool");
-}
-
-SimOptions prefilled(int n) {
-    SimOptions o;
-    o.readingIntervalMs = 0;
-    o.prefill = n;
-    return o;
-}
-
+// The tool started in `dir` with a settings file of its own; `args` are
+// the words after "record", separated by blanks.
 struct Run {
-    explicit Run(const QTemporaryDir &dir) {
+    Run(const QTemporaryDir &dir, const QString &args) {
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert(QStringLiteral("NAKOS_SETTINGS_FILE"), dir.filePath(QStringLiteral("s.reg")));
         process.setProcessEnvironment(env);
         process.setWorkingDirectory(dir.path());
-    }
-    void start(const QStringList &args) {
-        process.start(toolPath(), QStringList{QStringLiteral("record")} + args);
+        process.start(QStringLiteral(NAKOS_BINARY_DIR "/tools/nakos-tool/nakos-tool"),
+                      QStringLiteral("record ").append(args).split(QLatin1Char(' ')));
     }
     bool finish() {
         QSignalSpy finished(&process, &QProcess::finished);
         return process.state() == QProcess::NotRunning || finished.wait(kWaitMs);
     }
+    // The tool's own lines on standard error; Qt may add platform notes.
+    QList<QByteArray> toolLines() {
+        QList<QByteArray> lines;
+        for (const QByteArray &l : process.readAllStandardError().split('\n')) {
+            if (l.startsWith("nakos-tool: "))
+                lines << l;
+        }
+        return lines;
+    }
     QProcess process;
 };
-
-// The tool's own lines on standard error; Qt may add platform notes.
-QList<QByteArray> toolLines(const QByteArray &err) {
-    QList<QByteArray> lines;
-    for (const QByteArray &l : err.split('\n')) {
-        if (l.startsWith("nakos-tool: "))
-            lines << l;
-    }
-    return lines;
-}
-
-std::unique_ptr<MeasurementStore> load(const QString &fileName) {
-    auto store = std::make_unique<MeasurementStore>();
-    StoreOnlyHost host(*store);
-    DataFile file(*store, host);
-    if (file.dataFile_load(fileName, MergeMode::Replace, false).failed())
-        return nullptr;
-    return store;
-}
 
 } // namespace
 
@@ -69,113 +49,85 @@ class TestRecord : public QObject {
     Q_OBJECT
 
 private slots:
-    void threePollsWriteReadingsThresholdAndTables();
-    void sigtermWritesTheOutput();
-    void missingPortStillWritesAnEmptyStore();
+    void recordsToTheOutput_data();
+    void recordsToTheOutput();
     void badCommandLines_data();
     void badCommandLines();
 };
 
-void TestRecord::threePollsWriteReadingsThresholdAndTables() {
+void TestRecord::recordsToTheOutput_data() {
+    QTest::addColumn<bool>("polls"); // three polls, or until SIGTERM
+    QTest::newRow("three polls") << true;
+    QTest::newRow("until SIGTERM") << false;
+}
+
+void TestRecord::recordsToTheOutput() {
+    QFETCH(bool, polls);
     QTemporaryDir dir;
-    SensorSimulator sim(prefilled(5));
+    SimOptions options;
+    options.readingIntervalMs = 0;
+    options.prefill = 5;
+    SensorSimulator sim(options);
     QVERIFY(!sim.open());
     QSignalSpy commands(&sim, &SensorSimulator::commandReceived);
-    Run run(dir);
-    run.start({QStringLiteral("--port"), sim.portPath(), QStringLiteral("--polls"),
-               QStringLiteral("3"), QStringLiteral("--interval"), QStringLiteral("300"),
-               QStringLiteral("out.txt")});
+    Run run(dir, QStringLiteral("--port %1 --interval 300%2 out.txt")
+                     .arg(sim.portPath(), polls ? QStringLiteral(" --polls 3") : QString()));
+    if (!polls) {
+        // The second command comes with the first tick, after the first
+        // "list" poll has been applied.
+        QTRY_VERIFY_WITH_TIMEOUT(commands.size() >= 2, kWaitMs);
+        run.process.terminate();
+    }
     QVERIFY(run.finish());
     QCOMPARE(run.process.exitStatus(), QProcess::NormalExit);
     QCOMPARE(run.process.exitCode(), 0);
-    QCOMPARE(toolLines(run.process.readAllStandardError()), QList<QByteArray>());
+    QCOMPARE(run.toolLines(), QList<QByteArray>());
+    // The program's autosave folder was prepared as at start-up.
+    QVERIFY(QFileInfo(dir.filePath(QStringLiteral("data/autosave"))).isDir());
 
+    auto store = std::make_unique<MeasurementStore>();
+    StoreOnlyHost host(*store);
+    DataFile file(*store, host);
+    QVERIFY(!file.dataFile_load(dir.filePath(QStringLiteral("out.txt")), MergeMode::Replace, false)
+                 .failed());
+    QCOMPARE(store->dataPoint_count, 5);
+    if (!polls)
+        return;
     QStringList sent;
     for (const QList<QVariant> &c : commands)
         sent << QString::fromLatin1(c.first().toByteArray());
-    const QString tick = QStringLiteral("alarmlimit get,calibration get,list");
-    QCOMPARE(sent.join(QLatin1Char(',')), QStringLiteral("list,") + tick + QLatin1Char(',') + tick);
-
-    const auto store = load(dir.filePath(QStringLiteral("out.txt")));
-    QVERIFY(store);
-    QCOMPARE(store->dataPoint_count, 5);
+    QCOMPARE(sent.join(QLatin1Char(',')),
+             QStringLiteral("list,alarmlimit get,calibration get,list,alarmlimit get,"
+                            "calibration get,list"));
     QCOMPARE(store->alarmThreshold, 500.0f);
     QCOMPARE(store->calSource.count, int16_t(3));
     QCOMPARE(store->calTable.count, int16_t(2));
-    QCOMPARE(store->calTable.pairs[1].second, 210.0f);
-    // The program's autosave folder was prepared as at start-up.
-    QVERIFY(QFileInfo(dir.filePath(QStringLiteral("data/autosave"))).isDir());
-}
-
-void TestRecord::sigtermWritesTheOutput() {
-    QTemporaryDir dir;
-    SensorSimulator sim(prefilled(4));
-    QVERIFY(!sim.open());
-    QSignalSpy commands(&sim, &SensorSimulator::commandReceived);
-    Run run(dir);
-    run.start({QStringLiteral("--port"), sim.portPath(), QStringLiteral("--interval"),
-               QStringLiteral("300"), QStringLiteral("out.txt")});
-    // The second command comes with the first tick, after the first "list"
-    // poll has been applied.
-    QTRY_VERIFY_WITH_TIMEOUT(commands.size() >= 2, kWaitMs);
-    run.process.terminate();
-    QVERIFY(run.finish());
-    QCOMPARE(run.process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(run.process.exitCode(), 0);
-    const auto store = load(dir.filePath(QStringLiteral("out.txt")));
-    QVERIFY(store);
-    QCOMPARE(store->dataPoint_count, 4);
-}
-
-void TestRecord::missingPortStillWritesAnEmptyStore() {
-    QTemporaryDir dir;
-    Run run(dir);
-    run.start({QStringLiteral("--port"), QStringLiteral("/nonexistent/tty"),
-               QStringLiteral("--polls"), QStringLiteral("2"), QStringLiteral("--interval"),
-               QStringLiteral("50"), QStringLiteral("out.txt")});
-    QVERIFY(run.finish());
-    QCOMPARE(run.process.exitCode(), 0);
-    // Warned once for the run, as the program does.
-    QCOMPARE(toolLines(run.process.readAllStandardError()),
-             QList<QByteArray>({"nakos-tool: Com port not available"}));
-    const auto store = load(dir.filePath(QStringLiteral("out.txt")));
-    QVERIFY(store);
-    QCOMPARE(store->dataPoint_count, 0);
 }
 
 void TestRecord::badCommandLines_data() {
-    QTest::addColumn<QStringList>("args");
-    QTest::newRow("no port") << QStringList{QStringLiteral("out.txt")};
-    QTest::newRow("no output") << QStringList{QStringLiteral("--port"), QStringLiteral("1")};
-    QTest::newRow("two outputs") << QStringList{QStringLiteral("--port"), QStringLiteral("1"),
-                                                QStringLiteral("a.txt"), QStringLiteral("b.txt")};
-    QTest::newRow("zero polls") << QStringList{QStringLiteral("--port"), QStringLiteral("1"),
-                                               QStringLiteral("--polls"), QStringLiteral("0"),
-                                               QStringLiteral("out.txt")};
-    QTest::newRow("interval not a number")
-        << QStringList{QStringLiteral("--port"), QStringLiteral("1"), QStringLiteral("--interval"),
-                       QStringLiteral("fast"), QStringLiteral("out.txt")};
-    QTest::newRow("unknown option")
-        << QStringList{QStringLiteral("--port"), QStringLiteral("1"), QStringLiteral("--baud"),
-                       QStringLiteral("9600"), QStringLiteral("out.txt")};
-    QTest::newRow("output cannot be created") << QStringList{
-        QStringLiteral("--port"), QStringLiteral("/nonexistent/tty"), QStringLiteral("--polls"),
-        QStringLiteral("1"), QStringLiteral("/nonexistent/dir/out.txt")};
+    QTest::addColumn<QString>("args");
+    QTest::addColumn<QByteArray>("error"); // the last line on standard error
+    QTest::newRow("no port") << QStringLiteral("out.txt")
+                             << QByteArray("record: expected --port DEVICE and one OUTPUT");
+    QTest::newRow("zero polls") << QStringLiteral("--port 1 --polls 0 out.txt")
+                                << QByteArray("record: --polls must be a positive whole number");
+    QTest::newRow("output cannot be created")
+        << QStringLiteral("--port /nonexistent/tty --polls 1 /nonexistent/dir/out.txt")
+        << QByteArray();
 }
 
 void TestRecord::badCommandLines() {
-    QFETCH(QStringList, args);
+    QFETCH(QString, args);
+    QFETCH(QByteArray, error);
     QTemporaryDir dir;
-    Run run(dir);
-    run.start(args);
+    Run run(dir, args);
     QVERIFY(run.finish());
     QVERIFY(run.process.exitCode() != 0);
-    const QByteArray err = run.process.readAllStandardError();
-    // One line names the failure; a missing port warns before it.
-    QVERIFY(err.endsWith('\n'));
-    const QList<QByteArray> lines = toolLines(err);
-    QVERIFY(!lines.isEmpty());
-    QVERIFY(err.endsWith(lines.last() + '\n'));
+    // One line names the failure; a missing port warns once before it.
+    const QList<QByteArray> lines = run.toolLines();
+    QCOMPARE(lines.size(), error.isEmpty() ? 2 : 1);
+    if (!error.isEmpty())
+        QCOMPARE(lines.last(), "nakos-tool: " + error);
 }
 
 QTEST_GUILESS_MAIN(TestRecord)
