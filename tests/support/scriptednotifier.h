@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/clock.h"
 #include "core/notifier.h"
 
 #include <QList>
