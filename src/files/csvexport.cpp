@@ -3,6 +3,7 @@
 #include "files/chunkwriter.h"
 #include "files/filehost.h"
 #include "files/progressticker.h"
+#include "files/recordlines.h"
 #include "files/textformat.h"
 
 #include "core/store.h"
@@ -57,8 +58,6 @@ QByteArray titleLines() {
 bool writeAll(QIODevice &device, const QByteArray &bytes) {
     return device.write(bytes) != bytes.size();
 }
-
-constexpr int32_t linesPerUpdate = 1024;
 
 template <int Decimals> inline void quotedNumber(char *&o, float value) {
     *o++ = '"';
@@ -132,13 +131,8 @@ bool CsvExport::csvFile_writeLines(QIODevice *device, int32_t first, int32_t end
 
 bool CsvExport::writeLines(QIODevice &device, int32_t first, int32_t end, const QByteArray &sep,
                            ProgressTicker &ticker) {
-    if (first >= end)
-        return false;
-    if (first < 0 || end > MeasurementStore::capacity)
-        return true;
     const size_t sepSize = size_t(sep.size());
     const size_t maxLine = 8 * (textformat::maxFixedLength + 2) + 7 * sepSize + 2;
-    ChunkWriter out(device, std::max<size_t>(1 << 16, 2 * maxLine));
     const char *const sepData = sep.constData();
     auto separate = [&](char *&o) {
         if (sepSize == 1) {
@@ -148,12 +142,7 @@ bool CsvExport::writeLines(QIODevice &device, int32_t first, int32_t end, const 
             o += sepSize;
         }
     };
-    const DataPoint *points = m_store.dataPoints.data();
-    const int32_t total = end - first;
-    for (int32_t i = first; i < end; ++i) {
-        const DataPoint &p = points[i];
-        char *const start = out.reserve(maxLine);
-        char *o = start;
+    const auto formatLine = [&](const DataPoint &p, char *o) {
         *o++ = '"';
         textformat::writeDate(p, o);
         o += 10;
@@ -177,15 +166,7 @@ bool CsvExport::writeLines(QIODevice &device, int32_t first, int32_t end, const 
         quotedNumber<0>(o, p.adc_meas);
         *o++ = '\r';
         *o++ = '\n';
-        out.commit(size_t(o - start));
-        const int32_t done = i - first + 1;
-        if (done % linesPerUpdate == 0) {
-            if (out.failed())
-                return true;
-            ticker.update(done, total);
-        }
-    }
-    const bool failed = out.flush();
-    ticker.update(total, total);
-    return failed;
+        return o;
+    };
+    return writeRecordLines(device, m_store, first, end, maxLine, ticker, formatLine);
 }

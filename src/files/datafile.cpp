@@ -4,6 +4,7 @@
 #include "files/datafilescanner.h"
 #include "files/filehost.h"
 #include "files/progressticker.h"
+#include "files/recordlines.h"
 #include "files/textformat.h"
 
 #include <QFile>
@@ -51,9 +52,6 @@ QString deviceName(const QIODevice &device, const QString &name) {
     return QString();
 }
 
-// Lines between progress updates: the clock is read only this often.
-constexpr int32_t linesPerUpdate = 1024;
-
 } // namespace
 
 DataFile::DataFile(MeasurementStore &store, FileHost &host, FileProgress *progress)
@@ -100,19 +98,9 @@ bool DataFile::dataFile_writeLines(QIODevice *device, int32_t first, int32_t end
 }
 
 bool DataFile::writeLines(QIODevice &device, int32_t first, int32_t end, ProgressTicker &ticker) {
-    if (first >= end)
-        return false;
-    if (first < 0 || end > MeasurementStore::capacity)
-        return true;
     using textformat::formatFixed;
     constexpr size_t maxLine = 10 + 8 + 7 * textformat::maxFixedLength + 8 + 2;
-    ChunkWriter out(device, 1 << 16);
-    const DataPoint *points = m_store.dataPoints.data();
-    const int32_t total = end - first;
-    for (int32_t i = first; i < end; ++i) {
-        const DataPoint &p = points[i];
-        char *const start = out.reserve(maxLine);
-        char *o = start;
+    const auto formatLine = [&](const DataPoint &p, char *o) {
         textformat::writeDate(p, o);
         o[10] = '\t';
         textformat::writeTime(p, o + 11);
@@ -133,17 +121,9 @@ bool DataFile::writeLines(QIODevice &device, int32_t first, int32_t end, Progres
         o += formatFixed<0>(float(p.stream), '.', o);
         *o++ = '\r';
         *o++ = '\n';
-        out.commit(size_t(o - start));
-        const int32_t done = i - first + 1;
-        if (done % linesPerUpdate == 0) {
-            if (out.failed())
-                return true;
-            ticker.update(done, total);
-        }
-    }
-    const bool failed = out.flush();
-    ticker.update(total, total);
-    return failed;
+        return o;
+    };
+    return writeRecordLines(device, m_store, first, end, maxLine, ticker, formatLine);
 }
 
 FileResult DataFile::dataFile_load(const QString &fileName, MergeMode mode, bool showProgress) {
