@@ -11,6 +11,7 @@
 #include "chart/displayfill.h"
 #include "chart/ui/chartset.h"
 #include "chart/ui/dataview.h"
+#include "common/benchstore.h"
 #include "core/store.h"
 
 #include <QApplication>
@@ -31,32 +32,6 @@ namespace {
 // The picture area of a chart window taking a quarter of a full-HD frame.
 constexpr int kCanvasWidth = 930;
 constexpr int kCanvasHeight = 460;
-
-void fillStore(MeasurementStore &store, int32_t count) {
-    std::mt19937 rng(7);
-    std::uniform_real_distribution<float> water(0.0f, 2000.0f);
-    std::uniform_real_distribution<float> pressure(900.0f, 1100.0f);
-    std::uniform_real_distribution<float> temperature(20.0f, 90.0f);
-    std::uniform_real_distribution<float> soot(0.0f, 5.0f);
-    for (int32_t i = 0; i < count; ++i) {
-        DataPoint &p = store.dataPoints[size_t(i)];
-        const int s = i * 4;
-        p.year = 2024;
-        p.month = uint8_t(1 + (s / 2592000) % 12);
-        p.day = uint8_t(1 + (s / 86400) % 28);
-        p.hour = uint8_t((s / 3600) % 24);
-        p.minute = uint8_t((s / 60) % 60);
-        p.second = uint8_t(s % 60);
-        p.water = water(rng);
-        p.pressure = pressure(rng);
-        p.temperature = temperature(rng);
-        p.soot = soot(rng);
-        p.stream = int16_t(1 + i % 6);
-    }
-    store.dataPoint_count = count;
-    store.alarmThreshold = 500.0f;
-    store.oilName = QStringLiteral("Bench oil");
-}
 
 double threadCpuMs() {
     timespec ts{};
@@ -141,7 +116,7 @@ int main(int argc, char **argv) {
     std::printf("chart picture %d x %d, %d runs each (goal: 16 ms for 130000 points)\n",
                 kCanvasWidth, kCanvasHeight, runs);
     for (int32_t count : {MeasurementStore::capacity, 5200}) {
-        fillStore(*store, count);
+        fillBenchStore(*store, count, 7);
         print("fill 4 chart models:", count, benchFillOnly(*store, runs));
         print("fill + draw 4 chart models:", count, benchModels(*store, runs));
         print("display_data on 4 chart windows:", count, benchWindows(set, runs));
