@@ -1,8 +1,7 @@
 // The main window: start-up, menus, title, the save prompt and New, Exit.
 #include "core/ui/mainwindow.h"
 #include "device/devicelink.h"
-#include "settings/filekey.h"
-#include "support/scriptednotifier.h"
+#include "support/mainwindowfixture.h"
 
 #include <QAction>
 #include <QDir>
@@ -27,23 +26,6 @@ DataPoint reading(int second) {
     return p;
 }
 
-// One main window over its own store, settings file and scripted notifier.
-struct Fixture {
-    explicit Fixture(const QString &dir)
-        : key(dir + QStringLiteral("/settings.reg"),
-              QLatin1String("HKEY_LOCAL_MACHINE\\") + settings::keyPath()),
-          ctx{*store, flags, key, notifier, clock}, window(ctx) {
-        window.startUp(dir);
-    }
-    std::unique_ptr<MeasurementStore> store = std::make_unique<MeasurementStore>();
-    DisplayFlags flags;
-    FileRegistryKey key;
-    ScriptedNotifier notifier;
-    FixedClock clock;
-    AppContext ctx;
-    MainWindow window;
-};
-
 } // namespace
 
 class TestMainWindow : public QObject {
@@ -54,64 +36,51 @@ private Q_SLOTS:
     void newAnsweredCancelChangesNothing();
     void newAnsweredNoOrYesClearsTheStore_data();
     void newAnsweredNoOrYesClearsTheStore();
-    void newWithoutChangesDoesNotAsk();
     void exitDoesNotAsk();
 };
 
 void TestMainWindow::startUpPreparesFoldersSettingsAndStore() {
-    QTemporaryDir dir;
-    auto store = std::make_unique<MeasurementStore>();
+    MainWindowFixture f;
+    MeasurementStore *store = f.store.get();
     store->dataPoint_count = 3; // start-up empties whatever was there
     store->oilName = QStringLiteral("old");
     store->display_update_pending = true;
-    DisplayFlags flags;
-    FileRegistryKey key(dir.filePath(QStringLiteral("s.reg")),
-                        QLatin1String("HKEY_LOCAL_MACHINE\\") + settings::keyPath());
-    ScriptedNotifier notifier;
-    FixedClock clock;
-    AppContext ctx{*store, flags, key, notifier, clock};
-    MainWindow window(ctx);
-    window.startUp(dir.path());
+    f.start();
 
-    QCOMPARE(window.windowTitle(), QStringLiteral("ORLUK Water Monitor   [<NEW FILE>]"));
+    QCOMPARE(f.window.windowTitle(), QStringLiteral("ORLUK Water Monitor   [<NEW FILE>]"));
     QCOMPARE(store->dataPoint_count, 0);
     QVERIFY(store->oilName.isEmpty());
     QVERIFY(!store->display_update_pending);
     QCOMPARE(store->alarmThreshold, -1.0f);
-    QVERIFY(QDir(dir.filePath(QStringLiteral("data/autosave"))).exists());
-    QVERIFY(QFile::exists(dir.filePath(QStringLiteral("s.reg"))));
+    QVERIFY(QDir(f.dir.filePath(QStringLiteral("data/autosave"))).exists());
     QVERIFY(store->decimalSeparator == QLatin1Char('.') ||
             store->decimalSeparator == QLatin1Char(','));
-    QVERIFY(!window.windowIcon().isNull());
-    QVERIFY(notifier.shown.isEmpty());
+    QVERIFY(f.notifier.shown.isEmpty());
 
-    // The device link is ready but idle; port numbers lead through the
-    // settings value ComPort<n>.
-    DeviceLink *link = window.deviceLink();
-    QVERIFY(link);
-    QCOMPARE(link->comPort, int16_t(1));
-    QCOMPARE(link->comBaudRate, 115200);
-    QVERIFY(!link->portIsOpen() && !link->queryRunning() && !link->noPortWarned());
+    // Port numbers lead to devices through the settings value ComPort<n>.
+    DeviceLink *link = f.window.deviceLink();
+    QVERIFY(link && !link->queryRunning());
 #ifndef Q_OS_WIN
-    QVERIFY(!key.openOrCreate());
-    QVERIFY(!key.setString(QStringLiteral("ComPort2"), QStringLiteral("/dev/ttyNAKOS9")));
-    key.close();
+    QVERIFY(!f.key.openOrCreate());
+    QVERIFY(!f.key.setString(QStringLiteral("ComPort2"), QStringLiteral("/dev/ttyNAKOS9")));
+    f.key.close();
     link->comPort = 2;
     QCOMPARE(link->portDevice(), QStringLiteral("/dev/ttyNAKOS9"));
 #endif
 }
 
 void TestMainWindow::menus() {
-    QTemporaryDir dir;
-    Fixture f(dir.path());
+    MainWindowFixture f;
+    f.start();
     // Captions in order, "|" for a separator, with the items' code names.
     QStringList got;
     for (QAction *top : f.window.menuBar()->actions()) {
-        QString line = top->menu()->objectName() + QLatin1Char(':') + top->text() + QLatin1Char('=');
+        QString line =
+            top->menu()->objectName() + QLatin1Char(':') + top->text() + QLatin1Char('=');
         for (QAction *a : top->menu()->actions())
-            line += a->isSeparator() ? QStringLiteral("|")
-                                     : a->text() + QLatin1Char('(') + a->objectName() +
-                                           QStringLiteral(") ");
+            line += a->isSeparator()
+                        ? QStringLiteral("|")
+                        : a->text() + QLatin1Char('(') + a->objectName() + QStringLiteral(") ");
         got << line.trimmed();
     }
     const QStringList expected{
@@ -126,8 +95,8 @@ void TestMainWindow::menus() {
 }
 
 void TestMainWindow::newAnsweredCancelChangesNothing() {
-    QTemporaryDir dir;
-    Fixture f(dir.path());
+    MainWindowFixture f;
+    f.start();
     f.store->append(reading(1));
     f.store->fileName_current = QStringLiteral("/x/run1.txt");
     f.store->alarmThreshold = 500.0f;
@@ -151,23 +120,28 @@ void TestMainWindow::newAnsweredCancelChangesNothing() {
 
 void TestMainWindow::newAnsweredNoOrYesClearsTheStore_data() {
     QTest::addColumn<Notifier::Answer>("answer");
-    QTest::newRow("No") << Notifier::Answer::No;
-    QTest::newRow("Yes") << Notifier::Answer::Yes;
+    QTest::addColumn<bool>("changed");
+    QTest::newRow("No") << Notifier::Answer::No << true;
+    QTest::newRow("Yes") << Notifier::Answer::Yes << true;
+    QTest::newRow("unchanged: no question") << Notifier::Answer::Cancel << false;
 }
 
 void TestMainWindow::newAnsweredNoOrYesClearsTheStore() {
     QFETCH(Notifier::Answer, answer);
-    QTemporaryDir dir;
-    Fixture f(dir.path());
+    QFETCH(bool, changed);
+    MainWindowFixture f;
+    f.start();
     f.store->append(reading(1));
     f.store->append(reading(2));
     f.store->fileName_current = QStringLiteral("/x/run1.txt");
     f.store->alarmThreshold = 500.0f;
     f.store->oilName = QStringLiteral("SAE 40");
     f.store->display_update_pending = false;
+    f.store->data_changed = changed;
     f.notifier.answers = {answer};
     f.window.file_new->trigger();
 
+    QCOMPARE(f.notifier.shown.size(), changed ? 1 : 0);
     QCOMPARE(f.store->dataPoint_count, 0);
     QVERIFY(!f.store->data_changed);
     QVERIFY(f.store->fileName_current.isEmpty());
@@ -179,19 +153,9 @@ void TestMainWindow::newAnsweredNoOrYesClearsTheStore() {
     QCOMPARE(f.store->append(reading(1)), AppendResult::Added);
 }
 
-void TestMainWindow::newWithoutChangesDoesNotAsk() {
-    QTemporaryDir dir;
-    Fixture f(dir.path());
-    f.store->append(reading(1));
-    f.store->data_changed = false;
-    f.window.file_new->trigger();
-    QVERIFY(f.notifier.shown.isEmpty());
-    QCOMPARE(f.store->dataPoint_count, 0);
-}
-
 void TestMainWindow::exitDoesNotAsk() {
-    QTemporaryDir dir;
-    Fixture f(dir.path());
+    MainWindowFixture f;
+    f.start();
     f.store->append(reading(1));
     QVERIFY(f.store->data_changed);
     f.window.file_exit->trigger();

@@ -3,8 +3,7 @@
 #include "chart/ui/chartset.h"
 #include "chart/ui/dataview.h"
 #include "core/ui/mainwindow.h"
-#include "settings/filekey.h"
-#include "support/scriptednotifier.h"
+#include "support/mainwindowfixture.h"
 
 #include <QAction>
 #include <QMdiArea>
@@ -24,21 +23,16 @@ private Q_SLOTS:
 
     void chartsFromStartUpToNew() {
         QFETCH(bool, storedSoot);
-        QTemporaryDir dir;
-        auto store = std::make_unique<MeasurementStore>();
-        DisplayFlags flags;
-        FileRegistryKey key(dir.filePath(QStringLiteral("settings.reg")),
-                            QLatin1String("HKEY_LOCAL_MACHINE\\") + settings::keyPath());
+        MainWindowFixture f;
         if (storedSoot) {
             DisplayFlags stored;
             stored.displaySoot = true;
-            settings::writeRegistry(key, stored, false);
+            settings::writeRegistry(f.key, stored, false);
         }
-        ScriptedNotifier notifier;
-        FixedClock clock;
-        AppContext ctx{*store, flags, key, notifier, clock};
-        MainWindow window(ctx);
-        window.startUp(dir.path());
+        f.start();
+        MainWindow &window = f.window;
+        MeasurementStore *store = f.store.get();
+        ScriptedNotifier &notifier = f.notifier;
         window.show();
         auto chart = [&](ChartQuantity q) { return window.charts()->chart(q); };
         QCOMPARE((QList<bool>{chart(ChartQuantity::Water)->isVisible(),

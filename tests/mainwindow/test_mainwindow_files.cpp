@@ -7,9 +7,7 @@
 #include "core/autosave.h"
 #include "core/ui/mainwindow.h"
 #include "files/golden.h"
-#include "settings/filekey.h"
-#include "support/scripteddialogs.h"
-#include "support/scriptednotifier.h"
+#include "support/mainwindowfixture.h"
 
 #include <QAction>
 #include <QDir>
@@ -21,22 +19,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-struct Fixture {
-    explicit Fixture(const QString &dir)
-        : key(dir + u"/settings.reg"_s, u"HKEY_LOCAL_MACHINE\\"_s + settings::keyPath()),
-          ctx{*store, flags, key, notifier, clock, &dialogs}, window(ctx) {
-        window.startUp(dir);
-    }
-    std::unique_ptr<MeasurementStore> store = std::make_unique<MeasurementStore>();
-    DisplayFlags flags;
-    FileRegistryKey key;
-    ScriptedNotifier notifier;
-    FixedClock clock;
-    ScriptedDialogs dialogs;
-    AppContext ctx;
-    MainWindow window;
-};
 
 QString title(const QString &name, bool changed) {
     return u"ORLUK Water Monitor   ["_s + name + (changed ? u"] *"_s : u"]"_s);
@@ -56,8 +38,9 @@ private Q_SLOTS:
 // Started at start-up, saved on the sixth tick with the title's mark cleared,
 // its folder set through the File menu and kept in the settings.
 void TestMainWindowFiles::autosave() {
-    QTemporaryDir dir;
-    Fixture f(dir.path());
+    MainWindowFixture f;
+    f.start();
+    const QTemporaryDir &dir = f.dir;
     QVERIFY(f.window.autoSave().isRunning());
     const QString name = f.window.autoSave().fileName();
     QCOMPARE(name, f.store->path_autosave + u"NAK_OS_autosave_20240305_142210.txt"_s);
@@ -103,11 +86,11 @@ void TestMainWindowFiles::open() {
     QFETCH(bool, changed);
     QFETCH(bool, named);
     QFETCH(bool, running);
-    QTemporaryDir dir;
+    MainWindowFixture f;
+    f.start();
     const bool tooMany = held > 3;
     if (!file.isEmpty() && QDir::isRelativePath(file))
-        file = dir.filePath(file);
-    Fixture f(dir.path());
+        file = f.dir.filePath(file);
     fillSmallStore(*f.store);
     f.store->dataPoint_count = held;
     f.store->reindex();
@@ -128,8 +111,9 @@ void TestMainWindowFiles::open() {
 }
 
 void TestMainWindowFiles::saveSaveAsAndExport() {
-    QTemporaryDir dir;
-    Fixture f(dir.path());
+    MainWindowFixture f;
+    f.start();
+    const QTemporaryDir &dir = f.dir;
     fillSmallStore(*f.store);
     const QString name = dir.filePath(u"saved.txt"_s), other = dir.filePath(u"new.txt"_s);
     const QString csv = dir.filePath(u"out.csv"_s);

@@ -17,8 +17,7 @@ public:
         Icon icon;
     };
 
-    Answer message(const QString &text, const QString &title, Buttons buttons,
-                   Icon icon) override {
+    Answer message(const QString &text, const QString &title, Buttons buttons, Icon icon) override {
         shown.append({text, title, buttons, icon});
         return answers.isEmpty() ? Answer::Ok : answers.takeFirst();
     }
