@@ -3,7 +3,6 @@
 // into blocks (the whole-line fast path against the per-field machine).
 #include "files/datafile.h"
 #include "files/datafilescanner.h"
-#include "files/filehost.h"
 
 #include "core/store.h"
 
@@ -15,8 +14,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     static MeasurementStore store;
-    static StoreOnlyHost host(store);
-    static DataFile file(store, host);
+    static DataFile file(store);
 
     QByteArray bytes(reinterpret_cast<const char *>(data), qsizetype(size));
     QBuffer buffer(&bytes);

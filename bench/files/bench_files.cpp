@@ -3,7 +3,6 @@
 // runs, so a cold page cache does not count); run it from a Release build.
 #include "files/csvexport.h"
 #include "files/datafile.h"
-#include "files/filehost.h"
 
 #include "common/benchstore.h"
 #include "core/store.h"
@@ -61,9 +60,8 @@ int main(int argc, char **argv) {
     if (!dir.isValid())
         return 1;
     MeasurementStore store;
-    StoreOnlyHost host(store);
-    DataFile dataFile(store, host);
-    CsvExport csv(store, host);
+    DataFile dataFile(store);
+    CsvExport csv(store);
     fillBenchStore(store, MeasurementStore::capacity, 42);
 
     const QString native = dir.filePath(QStringLiteral("bench.txt"));

@@ -1,7 +1,7 @@
 #include "files/csvexport.h"
 
 #include "files/chunkwriter.h"
-#include "files/filehost.h"
+#include "files/fileprogress.h"
 #include "files/progressticker.h"
 #include "files/recordlines.h"
 #include "files/textformat.h"
@@ -74,8 +74,8 @@ struct BusyScope {
 
 } // namespace
 
-CsvExport::CsvExport(MeasurementStore &store, FileHost &host, FileProgress *progress)
-    : m_store(store), m_host(host), m_progress(progress) {}
+CsvExport::CsvExport(MeasurementStore &store, FileProgress *progress)
+    : m_store(store), m_progress(progress) {}
 
 template <typename Open> FileResult CsvExport::guarded(bool showProgress, Open open) {
     if (m_busy)
@@ -117,7 +117,6 @@ FileResult CsvExport::exportTo(QIODevice &device, const QString &name, ProgressT
     if (writeLines(device, 0, m_store.dataPoint_count, separator, ticker))
         return FileResult::writeFailed(name);
     m_store.data_changed = false;
-    m_host.titleRefresh();
     return FileResult::ok();
 }
 

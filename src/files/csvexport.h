@@ -7,7 +7,6 @@
 
 #include <cstdint>
 
-class FileHost;
 class FileProgress;
 class MeasurementStore;
 class QIODevice;
@@ -16,22 +15,22 @@ class ProgressTicker;
 // The CSV export for spreadsheets with the decimal comma: every field in
 // double quotes, ";" between fields, the calibration tables as rows, its own
 // column order and no stream column. Nothing reads this format back. A
-// successful export counts as saving: it clears data_changed and refreshes
-// the title, without touching fileName_current.
+// successful export counts as saving: it clears data_changed (the caller
+// refreshes the title), without touching fileName_current.
 //
 // A busy flag keeps a second export, started from events that run during
 // the first one's progress updates, from running: it returns the result of
 // the last finished export at once.
 class CsvExport {
 public:
-    CsvExport(MeasurementStore &store, FileHost &host, FileProgress *progress = nullptr);
+    explicit CsvExport(MeasurementStore &store, FileProgress *progress = nullptr);
 
     FileResult csvFile_export(const QString &fileName, bool showProgress);
     FileResult csvFile_export(QIODevice &device, bool showProgress, const QString &name = {});
 
     // Data lines of store indices first .. end-1, fields joined by
     // separator; the same result rules as dataFile_writeLines.
-    bool csvFile_writeLines(QIODevice *device, int32_t first, int32_t end,
+    [[nodiscard]] bool csvFile_writeLines(QIODevice *device, int32_t first, int32_t end,
                             const QByteArray &separator);
 
     bool isBusy() const { return m_busy; }
@@ -43,7 +42,6 @@ private:
                     ProgressTicker &ticker);
 
     MeasurementStore &m_store;
-    FileHost &m_host;
     FileProgress *m_progress;
     bool m_busy = false;
     FileResult m_last;

@@ -2,7 +2,6 @@
 
 #include "files/chunkwriter.h"
 #include "files/datafilescanner.h"
-#include "files/filehost.h"
 #include "files/progressticker.h"
 #include "files/recordlines.h"
 #include "files/textformat.h"
@@ -54,8 +53,8 @@ QString deviceName(const QIODevice &device, const QString &name) {
 
 } // namespace
 
-DataFile::DataFile(MeasurementStore &store, FileHost &host, FileProgress *progress)
-    : m_store(store), m_host(host), m_progress(progress) {}
+DataFile::DataFile(MeasurementStore &store, FileProgress *progress)
+    : m_store(store), m_progress(progress) {}
 
 DataFile::~DataFile() = default;
 
@@ -86,7 +85,6 @@ FileResult DataFile::saveTo(QIODevice &device, const QString &name, ProgressTick
     if (writeLines(device, 0, m_store.dataPoint_count, ticker))
         return FileResult::writeFailed(name);
     m_store.data_changed = false;
-    m_host.titleRefresh();
     return FileResult::ok();
 }
 
@@ -172,10 +170,11 @@ FileResult DataFile::loadFrom(QIODevice &device, MergeMode mode, const QString &
         m_store.alarmThreshold = *scanner.alarmThreshold;
     m_store.calSource = scanner.calSource;
     m_store.calTable = scanner.calTable;
-    if (scanner.oilName)
-        m_host.oilName_set(*scanner.oilName);
+    FileResult result = FileResult::ok();
+    if (scanner.oilName) {
+        m_store.oilName = *scanner.oilName;
+        result.oilName = scanner.oilName;
+    }
     m_store.data_changed = false;
-    m_host.titleRefresh();
-    m_host.display_data();
-    return FileResult::ok();
+    return result;
 }

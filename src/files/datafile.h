@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <memory>
 
-class FileHost;
 class FileProgress;
 class QIODevice;
 class ProgressTicker;
@@ -26,22 +25,23 @@ class ProgressTicker;
 // use a failing device to reach the short-write paths).
 class DataFile {
 public:
-    DataFile(MeasurementStore &store, FileHost &host, FileProgress *progress = nullptr);
+    explicit DataFile(MeasurementStore &store, FileProgress *progress = nullptr);
     ~DataFile();
 
-    // Writes the whole store. On success clears data_changed and refreshes
-    // the title; fileName_current is the caller's business.
+    // Writes the whole store. On success clears data_changed; the title and
+    // fileName_current are the caller's business.
     FileResult dataFile_save(const QString &fileName, bool showProgress);
     FileResult dataFile_save(QIODevice &device, bool showProgress, const QString &name = {});
 
     // Writes the data lines of store indices first .. end-1; true (failed)
     // for a device that is null or not writable, a range outside the store's
     // array, or a short write; false for an empty range.
-    bool dataFile_writeLines(QIODevice *device, int32_t first, int32_t end);
+    [[nodiscard]] bool dataFile_writeLines(QIODevice *device, int32_t first, int32_t end);
 
     // Reads the file and merges its records by mode; takes over its oil
-    // name, alarm threshold and calibration tables; clears data_changed,
-    // refreshes the title and rebuilds the display.
+    // name, alarm threshold and calibration tables and clears data_changed.
+    // The result names the oil name when the file had one, so the caller can
+    // show it; refreshing the title and the display is the caller's too.
     FileResult dataFile_load(const QString &fileName, MergeMode mode, bool showProgress);
     FileResult dataFile_load(QIODevice &device, MergeMode mode, bool showProgress,
                              const QString &name = {});
@@ -55,7 +55,6 @@ private:
                         ProgressTicker &ticker);
 
     MeasurementStore &m_store;
-    FileHost &m_host;
     FileProgress *m_progress;
     std::unique_ptr<DataPoint[]> m_loadBuffer;
     std::unique_ptr<char[]> m_block;

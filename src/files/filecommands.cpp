@@ -46,6 +46,12 @@ void FileCommands::openData() {
             m_notifier.message(result.message, QString(), Notifier::Buttons::Ok,
                                Notifier::Icon::Exclamation);
         } else {
+            if (result.oilName)
+                m_host.oilName_set(*result.oilName);
+            if (!result.failed()) {
+                m_host.titleRefresh();
+                m_host.display_data();
+            }
             // Other load failures go unreported; the mark follows the mode.
             m_store.data_changed = mode != 1;
         }
@@ -69,7 +75,7 @@ void FileCommands::saveUnder(const QString &fileName) {
     if (fileName.isEmpty())
         return;
     m_store.fileName_current = fileName;
-    m_dataFile.dataFile_save(fileName, true);
+    (void)m_dataFile.dataFile_save(fileName, true);
     // Cleared whatever the save returned, and nothing is shown on failure.
     m_store.data_changed = false;
     m_host.titleRefresh();
@@ -78,7 +84,8 @@ void FileCommands::saveUnder(const QString &fileName) {
 void FileCommands::file_export() {
     const QString name = m_dialogs.dialog_saveCsvFile(QString());
     if (!name.isEmpty())
-        m_csv.csvFile_export(name, true);
+        if (!m_csv.csvFile_export(name, true).failed())
+            m_host.titleRefresh();
 }
 
 void FileCommands::file_setAutosavePath() {

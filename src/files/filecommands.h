@@ -1,6 +1,8 @@
 #pragma once
 
-#include "files/filehost.h"
+#include <QString>
+
+class MeasurementStore;
 
 #include <QString>
 
@@ -12,8 +14,13 @@ class Notifier;
 
 // What the file commands need from the main window beyond the file
 // routines' own callbacks.
-class FileCommandHost : public FileHost {
+class FileCommandHost {
 public:
+    virtual ~FileCommandHost() = default;
+    virtual void titleRefresh() = 0;
+    virtual void display_data() = 0;
+    // Shows the name and stores it as the store's oilName.
+    virtual void oilName_set(const QString &name) = 0;
     // The save prompt of the main window; true when the user cancelled.
     // Its "Yes" runs FileCommands::file_save().
     virtual bool saveChanges_prompt() = 0;

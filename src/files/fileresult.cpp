@@ -1,9 +1,5 @@
 #include "files/fileresult.h"
 
-#include "files/filehost.h"
-
-#include "core/store.h"
-
 namespace {
 
 FileResult make(FileResult::Code code, QString message) {
@@ -53,9 +49,4 @@ FileResult FileResult::mergeTooLarge(const QString &fileName, int32_t records, i
                     .arg(quoted(fileName))
                     .arg(inMemory)
                     .arg(limit));
-}
-
-void StoreOnlyHost::oilName_set(const QString &name) {
-    m_store.oilName = name;
-    m_store.display_update_pending = true;
 }

@@ -3,15 +3,19 @@
 #include <QString>
 
 #include <cstdint>
+#include <optional>
 
 // The outcome of a file routine. Failure is a value, never an exception;
 // message is one line naming the file, for standard error or, when the
 // operator must be told (too many records), for a message box.
-struct FileResult {
+struct [[nodiscard]] FileResult {
     enum class Code { Ok, OpenFailed, ReadFailed, WriteFailed, TooManyRecords };
 
     Code code = Code::Ok;
     QString message;
+    // A reader's metadata the program shows elsewhere: the oil name the file
+    // carried (already in the store), for the control panel's text box.
+    std::optional<QString> oilName;
 
     bool failed() const { return code != Code::Ok; }
 

@@ -1,6 +1,6 @@
 #include "files/progressticker.h"
 
-#include "files/filehost.h"
+#include "files/fileprogress.h"
 
 #include <QCoreApplication>
 

@@ -5,7 +5,6 @@
 #include "chart/displayfill.h"
 #include "core/store.h"
 #include "files/datafile.h"
-#include "files/filehost.h"
 
 #include <QFile>
 #include <QImage>
@@ -37,9 +36,8 @@ private slots:
         store->dataPoint_count = 7000;
         store->alarmThreshold = 350.0f;
         store->oilName = QStringLiteral("Turbine oil");
-        StoreOnlyHost host(*store);
         input = dir.filePath(QStringLiteral("run.txt"));
-        QVERIFY(!DataFile(*store, host).dataFile_save(input, false).failed());
+        QVERIFY(!DataFile(*store).dataFile_save(input, false).failed());
     }
 
     void pngIsTheRenderedPage_data() {
@@ -59,8 +57,7 @@ private slots:
         QCOMPARE(err, QString());
         // The same file loaded and filled here gives the same page.
         auto store = std::make_unique<MeasurementStore>();
-        StoreOnlyHost host(*store);
-        QVERIFY(!DataFile(*store, host).dataFile_load(input, MergeMode::Replace, false).failed());
+        QVERIFY(!DataFile(*store).dataFile_load(input, MergeMode::Replace, false).failed());
         std::array<ChartModel, 4> charts;
         for (int i = 0; i < 4; ++i)
             chart_applyStyle(charts[size_t(i)], ChartQuantity(i), false);

@@ -2,7 +2,6 @@
 // in this process, its output read back with the native reader.
 #include "core/store.h"
 #include "files/datafile.h"
-#include "files/filehost.h"
 #include "sensorsim.h"
 
 #include <QProcess>
@@ -86,8 +85,7 @@ void TestRecord::recordsToTheOutput() {
     QVERIFY(QFileInfo(dir.filePath(QStringLiteral("data/autosave"))).isDir());
 
     auto store = std::make_unique<MeasurementStore>();
-    StoreOnlyHost host(*store);
-    DataFile file(*store, host);
+    DataFile file(*store);
     QVERIFY(!file.dataFile_load(dir.filePath(QStringLiteral("out.txt")), MergeMode::Replace, false)
                  .failed());
     QCOMPARE(store->dataPoint_count, 5);

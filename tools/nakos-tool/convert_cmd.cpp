@@ -3,7 +3,6 @@
 
 #include "files/csvexport.h"
 #include "files/datafile.h"
-#include "files/filehost.h"
 
 #include "core/store.h"
 
@@ -30,8 +29,7 @@ int convert(const QStringList &args) {
     const QString output = files.takeLast();
 
     MeasurementStore store;
-    StoreOnlyHost host(store);
-    DataFile dataFile(store, host);
+    DataFile dataFile(store);
     // The first input replaces the empty store; the others go after it, or
     // before it with --insert, as the Open command's modes do.
     MergeMode mode = MergeMode::Replace;
@@ -44,7 +42,7 @@ int convert(const QStringList &args) {
 
     FileResult written;
     if (output.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive)) {
-        CsvExport csv(store, host);
+        CsvExport csv(store);
         written = csv.csvFile_export(output, false);
     } else {
         written = dataFile.dataFile_save(output, false);

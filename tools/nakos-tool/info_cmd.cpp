@@ -2,7 +2,6 @@
 #include "command.h"
 
 #include "files/datafile.h"
-#include "files/filehost.h"
 
 #include "core/store.h"
 #include "core/timetext.h"
@@ -35,8 +34,7 @@ int info(const QStringList &args) {
         return toolFail(QStringLiteral("info: needs an INPUT"));
 
     MeasurementStore store;
-    StoreOnlyHost host(store);
-    DataFile dataFile(store, host);
+    DataFile dataFile(store);
     const FileResult r = dataFile.dataFile_load(input, MergeMode::Replace, false);
     if (r.failed())
         return toolFail(QStringLiteral("info: ") + r.message);

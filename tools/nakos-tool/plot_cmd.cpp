@@ -7,7 +7,6 @@
 #include "chart/displayfill.h"
 #include "core/store.h"
 #include "files/datafile.h"
-#include "files/filehost.h"
 
 #include <QFileInfo>
 #include <QImage>
@@ -83,8 +82,7 @@ int plot(const QStringList &args) {
     const QString &output = files[1];
 
     auto store = std::make_unique<MeasurementStore>();
-    StoreOnlyHost host(*store);
-    DataFile file(*store, host);
+    DataFile file(*store);
     const FileResult loaded = file.dataFile_load(input, MergeMode::Replace, false);
     if (loaded.failed())
         return toolFail(QStringLiteral("plot: ") + loaded.message);

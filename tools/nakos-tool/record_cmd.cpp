@@ -12,7 +12,6 @@
 #include "core/store.h"
 #include "device/devicelink.h"
 #include "files/datafile.h"
-#include "files/filehost.h"
 #include "settings/registrykey.h"
 #include "settings/settings.h"
 #include "settings/startupfolders.h"
@@ -164,8 +163,7 @@ int runRecord(const QStringList &args) {
 
     StderrNotifier notifier;
     SystemClock clock;
-    StoreOnlyHost host(*store);
-    DataFile files(*store, host);
+    DataFile files(*store);
 
     DeviceLink link(*store, notifier);
     link.com_init();

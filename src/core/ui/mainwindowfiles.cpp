@@ -20,15 +20,18 @@ void MainWindow::createFileCommands() {
         dialogs = m_ownFileDialogs.get();
     }
     m_progressWindow = new ProgressWindow(this);
-    m_dataFile = std::make_unique<DataFile>(store, *this, m_progressWindow);
-    m_csvExport = std::make_unique<CsvExport>(store, *this, m_progressWindow);
+    m_dataFile = std::make_unique<DataFile>(store, m_progressWindow);
+    m_csvExport = std::make_unique<CsvExport>(store, m_progressWindow);
     m_fileCommands = std::make_unique<FileCommands>(store, *this, *dialogs, m_ctx.notifier,
                                                     *m_dataFile, *m_csvExport);
     // The autosave writes without the progress window.
     m_autoSave = new AutoSave(
         store, m_ctx.clock,
         [this](const QString &fileName) {
-            return m_dataFile->dataFile_save(fileName, false).failed();
+            if (m_dataFile->dataFile_save(fileName, false).failed())
+                return true;
+            titleRefresh();
+            return false;
         },
         this);
 

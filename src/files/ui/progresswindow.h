@@ -1,6 +1,6 @@
 #pragma once
 
-#include "files/filehost.h"
+#include "files/fileprogress.h"
 
 #include <QWidget>
 
