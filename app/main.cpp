@@ -1,14 +1,15 @@
 // nakos-monitor: the desktop program.
-#include "core/store.h"
-#include "core/title.h"
-#include "core/ui/mainwindow.h"
-#include "core/ui/widgetnotifier.h"
+#include "core/clock.h"
+#include "files/ui/progresswindow.h"
+#include "files/ui/qtfiledialogs.h"
+#include "gui/mainwindow.h"
+#include "gui/widgetnotifier.h"
+#include "session/monitorsession.h"
+#include "settings/registrykey.h"
 #include "settings/settings.h"
 
 #include <QApplication>
 #include <QDir>
-
-#include <memory>
 
 int main(int argc, char **argv) {
     QApplication app(argc, argv);
@@ -17,15 +18,15 @@ int main(int argc, char **argv) {
     // caption on X11, and the captions must read exactly as they are set.
     QApplication::setApplicationVersion(settings::versionText());
 
-    auto store = std::make_unique<MeasurementStore>();
-    DisplayFlags flags;
-    std::unique_ptr<RegistryKey> settingsKey = openProgramKey();
     WidgetNotifier notifier;
     SystemClock clock;
-    AppContext ctx{*store, flags, *settingsKey, notifier, clock};
-
-    MainWindow window(ctx);
+    QtFileDialogs dialogs;
+    auto *progress = new ProgressWindow; // the main window takes it below
+    MonitorSession session({notifier, clock, dialogs, progress}, openProgramKey());
+    MainWindow window(session);
+    progress->setParent(&window, Qt::Tool);
     notifier.setParent(&window);
+    dialogs.setParent(&window);
     window.startUp(QDir::currentPath());
     window.show();
     return app.exec();

@@ -11,7 +11,7 @@ packages=(
 )
 # Extra tools for the tests and for looking at the program without a desktop.
 if [[ "${1:-}" == "--test" ]]; then
-    packages+=(xvfb xauth)
+    packages+=(xvfb xauth clang-format)
 fi
 
 missing=()

@@ -31,7 +31,7 @@ public:
     // Data lines of store indices first .. end-1, fields joined by
     // separator; the same result rules as dataFile_writeLines.
     [[nodiscard]] bool csvFile_writeLines(QIODevice *device, int32_t first, int32_t end,
-                            const QByteArray &separator);
+                                          const QByteArray &separator);
 
     bool isBusy() const { return m_busy; }
 

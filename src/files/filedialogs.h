@@ -46,3 +46,11 @@ public:
     // systems without drive letters; anything else is kept.
     static QString startPath(const QString &initialPath);
 };
+
+// Dialogs for a program without windows: every dialog is cancelled.
+class NoFileDialogs : public FileDialogs {
+public:
+    QString fileDialog(Kind, const QString &, const QString &) override { return {}; }
+    QString dialog_chooseDirectory(const QString &) override { return {}; }
+    int16_t dataHandling_choose() override { return 0; }
+};

@@ -89,7 +89,7 @@ void TestDeviceLink::replyPacing_data() {
     QTest::addColumn<bool>("whole");
     QTest::newRow("bytes 3 ms apart") << 0 << 3 << true;
     QTest::newRow("100 ms gap inside the reply") << 100 << 0 << true;
-    QTest::newRow("250 ms gap ends the reply") << 250 << 0 << false;
+    QTest::newRow("400 ms gap ends the reply") << 400 << 0 << false;
 }
 
 void TestDeviceLink::replyPacing() {

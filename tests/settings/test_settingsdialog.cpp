@@ -1,4 +1,4 @@
-// The settings dialog's first-run rule, the soot box rule and OK.
+// The settings dialog's soot box rule, OK and captions.
 #include "settings/filekey.h"
 #include "settings/ui/settingsdialog.h"
 
@@ -12,7 +12,6 @@
 class TestSettingsDialog : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void firstRunStoresDefaults();
     void sootBoxAlwaysOpensUnchecked();
     void captions();
 
@@ -24,24 +23,6 @@ private:
     QTemporaryDir m_dir;
 };
 
-void TestSettingsDialog::firstRunStoresDefaults() {
-    FileRegistryKey k = key();
-    DisplayFlags flags;
-    flags.displayWater = false; // whatever the flags held, the controls' defaults win
-    bool percent = true;
-    SettingsDialog dlg(k, flags, percent);
-    QVERIFY(flags.displayWater && flags.displayTemperature && flags.displayPressure);
-    QVERIFY(!flags.displaySoot && !flags.printTemperature && !flags.printPressure);
-    QVERIFY(flags.printWater);
-    QVERIFY(!percent);
-    DisplayFlags stored;
-    stored.displayWater = false;
-    bool storedPercent = true;
-    QVERIFY(!settings::readRegistry(k, stored, storedPercent));
-    QVERIFY(stored.displayWater);
-    QVERIFY(!storedPercent);
-}
-
 void TestSettingsDialog::sootBoxAlwaysOpensUnchecked() {
     FileRegistryKey k = key();
     DisplayFlags on;
@@ -51,6 +32,7 @@ void TestSettingsDialog::sootBoxAlwaysOpensUnchecked() {
 
     DisplayFlags flags;
     bool percent = false;
+    QVERIFY(!settings::readRegistry(k, flags, percent));
     SettingsDialog dlg(k, flags, percent);
     QVERIFY(flags.displaySoot);                   // the chart is shown...
     QVERIFY(!dlg.Check_displaySoot->isChecked()); // ...but the box opens unchecked

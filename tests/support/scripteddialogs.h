@@ -5,6 +5,8 @@
 #include <QList>
 #include <QStringList>
 
+#include <functional>
+
 // File dialogs for tests: answers from a script ("" and 0, as after Cancel,
 // when it runs out) and records every dialog it was asked to show.
 class ScriptedDialogs : public FileDialogs {
@@ -25,6 +27,8 @@ public:
     }
     int16_t dataHandling_choose() override {
         ++modeCalls;
+        if (whileChoosing)
+            whileChoosing(); // what the user does elsewhere while the dialog waits
         return modeAnswers.isEmpty() ? int16_t(0) : modeAnswers.takeFirst();
     }
 
@@ -34,4 +38,5 @@ public:
     QList<Call> calls;
     QStringList folderCalls;
     int modeCalls = 0;
+    std::function<void()> whileChoosing;
 };

@@ -5,16 +5,14 @@
 // or on Ctrl-C / SIGTERM.
 #include "command.h"
 
-#include "core/autosave.h"
 #include "core/clock.h"
 #include "core/notifier.h"
 #include "core/numbers.h"
-#include "core/store.h"
 #include "device/devicelink.h"
 #include "files/datafile.h"
+#include "files/filedialogs.h"
+#include "session/monitorsession.h"
 #include "settings/registrykey.h"
-#include "settings/settings.h"
-#include "settings/startupfolders.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -155,31 +153,21 @@ int runRecord(const QStringList &args) {
     if (!a)
         return toolFail(error);
 
-    auto store = std::make_unique<MeasurementStore>();
-    std::unique_ptr<RegistryKey> settingsKey = openProgramKey();
-    store->decimalSeparator = detectDecimalSeparator();
-    prepareFolders(*store, QDir::currentPath(), *settingsKey);
-    store->clear();
-
+    // The program's engine without its windows: no dialogs, messages on
+    // standard error, the settings as the program keeps them.
     StderrNotifier notifier;
     SystemClock clock;
-    DataFile files(*store);
-
-    DeviceLink link(*store, notifier);
-    link.com_init();
+    NoFileDialogs dialogs;
+    MonitorSession session({notifier, clock, dialogs}, openProgramKey());
+    session.startUp_engine(QDir::currentPath());
+    DeviceLink &link = session.link();
     if (const std::optional<int> n = portNumber(a->port)) {
         link.comPort = int16_t(*n);
-        RegistryKey *key = settingsKey.get();
-        link.setConfiguredPort([key](int port) { return settings::comPortDevice(*key, port); });
     } else {
         const QString device = a->port;
         link.setConfiguredPort([device](int) { return device; });
     }
     link.setQueryInterval(a->intervalMs);
-
-    AutoSave autosave(*store, clock, [&files](const QString &fileName) {
-        return files.dataFile_save(fileName, false).failed();
-    });
 
     int polls = 0;
     QObject::connect(&link, &DeviceLink::listPolled, &link, [&] {
@@ -190,15 +178,15 @@ int runRecord(const QStringList &args) {
     });
 
     const StopSignals stopSignals;
-    autosave.autoSave_restart();
+    session.startUp_finish();
     link.com_startQuery();
     // The immediate poll may already have ended the run (a missing port).
     if (a->polls == 0 || polls < a->polls)
         QCoreApplication::exec();
     link.com_stopQuery();
-    autosave.autoSave_stop();
+    session.autoSave().autoSave_stop();
 
-    const FileResult saved = files.dataFile_save(a->output, false);
+    const FileResult saved = session.dataFile().dataFile_save(a->output, false);
     if (saved.failed())
         return toolFail(saved.message);
     return 0;

@@ -13,8 +13,6 @@
 
 ChartSet::ChartSet(MeasurementStore &store, QMdiArea *area, QObject *parent)
     : QObject(parent), m_store(store), m_area(area) {
-    Timer_monitorChanges.setInterval(500);
-    connect(&Timer_monitorChanges, &QTimer::timeout, this, &ChartSet::monitorTick);
     Timer1.setInterval(100);
     connect(&Timer1, &QTimer::timeout, this, &ChartSet::layoutTick);
     Timer1.start();
@@ -124,11 +122,15 @@ void ChartSet::dataView_selectStream(int16_t newStream) {
     m_store.stream_selected = newStream;
     if (m_chartCount < 1)
         return;
-    for (int i = 0; i < m_chartCount; ++i) {
-        if (DataView *view = slot(i))
+    disableZoom();
+    display_data();
+}
+
+void ChartSet::disableZoom() {
+    for (const QPointer<DataView> &view : m_slots) {
+        if (view)
             view->dataView_disableZoom();
     }
-    display_data();
 }
 
 void ChartSet::showCharts(const ChartVisibility &visible) {
@@ -158,13 +160,6 @@ void ChartSet::releaseCharts() {
         }
     }
     m_chartCount = 0;
-}
-
-void ChartSet::monitorTick() {
-    if (!m_store.display_update_pending)
-        return;
-    m_store.display_update_pending = false;
-    display_data();
 }
 
 void ChartSet::layoutTick() {

@@ -26,10 +26,9 @@ struct ChartVisibility {
 // set: creating the four charts at start-up with their colours, titles and
 // places, rebuilding them from the store (display_data), copying a zoom or a
 // cursor from one chart to the others, the stream filter, showing and
-// hiding them by the display settings, the change monitor that redraws when
-// the control panel asks, and the layout timer that snaps an active chart
-// window to its neighbours. The main window owns one and forwards its
-// documented operations here, so it stays a thin frame.
+// hiding them by the display settings, and the layout timer that snaps an
+// active chart window to its neighbours. The main window owns one and
+// forwards its documented operations here, so it stays a thin frame.
 class ChartSet : public QObject, public DataViewOwner {
     Q_OBJECT
 public:
@@ -47,8 +46,6 @@ public:
     // and quantity indices, and places them beside `panelArea` (in the
     // frame area's coordinates).
     void createCharts(const QRect &panelArea = defaultPanelArea());
-    // The last start-up step: the change monitor starts ticking.
-    void startChangeMonitor() { Timer_monitorChanges.start(); }
     // The window whose rectangle the layout timer also snaps to.
     void setPanelWindow(QWidget *panel) { m_panel = panel; }
 
@@ -57,6 +54,8 @@ public:
                              bool disableZoom) override;
     void dataView_syncInfoPos(int16_t objectIndex, int16_t dataIndex) override;
     void dataView_selectStream(int16_t newStream);
+    // Every chart window back to its full view (after reading files).
+    void disableZoom();
     // Shows or hides each chart (start-up and settings OK).
     void showCharts(const ChartVisibility &visible);
     // Settings OK: shows or hides each chart, then rebuilds the display.
@@ -68,11 +67,9 @@ public:
     DataView *slot(int index) const;
     DataView *chart(ChartQuantity q) const;
 
-    QTimer Timer_monitorChanges; // 500 ms: redraws when display_update_pending
-    QTimer Timer1;               // 100 ms: window layout
+    QTimer Timer1; // 100 ms: window layout
 
 private:
-    void monitorTick();
     void layoutTick();
     DataView *createSlot(int index);
 

@@ -12,8 +12,10 @@ class QWidget;
 // stays selected.
 class QtFileDialogs : public FileDialogs {
 public:
-    explicit QtFileDialogs(QWidget *parent);
+    explicit QtFileDialogs(QWidget *parent = nullptr);
     ~QtFileDialogs() override;
+    // The window the dialogs open over.
+    void setParent(QWidget *parent) { m_parent = parent; }
 
     QString fileDialog(Kind kind, const QString &filter, const QString &initialPath) override;
     QString dialog_chooseDirectory(const QString &initialPath) override;

@@ -66,27 +66,16 @@ SettingsDialog::SettingsDialog(RegistryKey &key, DisplayFlags &flags, bool &wate
     top->addLayout(frames);
     top->addLayout(buttons);
 
-    // The controls' initial states are the first-run defaults.
-    setControls(DisplayFlags(), false);
     connect(Command_OK, &QPushButton::clicked, this, &SettingsDialog::onOk);
-    initialise();
-}
-
-void SettingsDialog::initialise() {
-    if (!settings::readRegistry(m_key, m_flags, m_waterPercent)) {
-        flagsToControls();
-    } else {
-        // First run of this version: store the defaults.
-        Check_displaySoot->setChecked(false);
-        controlsToFlags();
-        settings::writeRegistry(m_key, m_flags, m_waterPercent);
-    }
+    flagsToControls();
     // The soot box always opens unchecked, whatever the stored flag says;
     // the flag keeps its value until the next OK.
     Check_displaySoot->setChecked(false);
 }
 
-void SettingsDialog::flagsToControls() { setControls(m_flags, m_waterPercent); }
+void SettingsDialog::flagsToControls() {
+    setControls(m_flags, m_waterPercent);
+}
 
 void SettingsDialog::setControls(const DisplayFlags &flags, bool waterPercent) {
     Check_displayWater->setChecked(flags.displayWater);

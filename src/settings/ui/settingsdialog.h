@@ -9,10 +9,10 @@ class QRadioButton;
 class QPushButton;
 
 // The "Settings" dialog: which quantities are shown and printed, and water
-// in ppm or per cent. Created once at start-up, where it loads the stored
-// choices (or stores the defaults on a first run), and afterwards only
-// shown and hidden. OK takes the controls into the flags and writes them;
-// closing the dialog any other way changes nothing.
+// in ppm or per cent. Created once at start-up, right after the stored
+// choices were loaded (or the defaults of a first run stored), and
+// afterwards only shown and hidden. OK takes the controls into the flags
+// and writes them; closing the dialog any other way changes nothing.
 class SettingsDialog : public QDialog {
     Q_OBJECT
 public:
@@ -34,7 +34,6 @@ public:
     QPushButton *Command_OK;
 
 private:
-    void initialise();
     void setControls(const DisplayFlags &flags, bool waterPercent);
     void onOk();
 

@@ -1,4 +1,4 @@
-#include "core/ui/widgetnotifier.h"
+#include "gui/widgetnotifier.h"
 
 #include "core/title.h"
 

@@ -1,7 +1,7 @@
-#include "core/ui/aboutdialog.h"
+#include "gui/aboutdialog.h"
 
 #include "core/title.h"
-#include "core/ui/appicon.h"
+#include "gui/appicon.h"
 #include "settings/settings.h"
 
 #include <QDialogButtonBox>

@@ -1,22 +1,14 @@
-#include "core/ui/mainwindow.h"
+#include "gui/mainwindow.h"
 
 #include "chart/ui/chartset.h"
-
-#include "core/numbers.h"
-#include "core/title.h"
-#include "core/ui/aboutdialog.h"
-#include "core/ui/appicon.h"
-#include "device/devicelink.h"
-#include "files/csvexport.h"
-#include "files/datafile.h"
-#include "files/filedialogs.h"
-#include "settings/startupfolders.h"
+#include "gui/aboutdialog.h"
+#include "gui/appicon.h"
+#include "session/monitorsession.h"
 #include "settings/ui/settingsdialog.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
-#include <QCoreApplication>
 #include <QGuiApplication>
 #include <QMdiArea>
 #include <QMenuBar>
@@ -30,13 +22,14 @@ ChartVisibility chartVisibility(const DisplayFlags &flags) {
 
 } // namespace
 
-MainWindow::MainWindow(AppContext &ctx, QWidget *parent) : QMainWindow(parent), m_ctx(ctx) {
+MainWindow::MainWindow(MonitorSession &session, QWidget *parent)
+    : QMainWindow(parent), m_session(session) {
     setObjectName(QStringLiteral("MainWindow"));
     m_mdi = new QMdiArea(this);
     m_mdi->setObjectName(QStringLiteral("MDIForm"));
     setCentralWidget(m_mdi);
     createMenus();
-    createFileCommands();
+    connectSession();
 }
 
 MainWindow::~MainWindow() = default;
@@ -83,58 +76,63 @@ void MainWindow::createMenus() {
     for (QAction *a : {file_import, file_importDir, file_print, tools_toolbox})
         a->setEnabled(false);
 
-    connect(file_new, &QAction::triggered, this, &MainWindow::file_new_command);
+    MonitorSession *s = &m_session;
+    connect(file_new, &QAction::triggered, s, &MonitorSession::file_new);
+    connect(file_open, &QAction::triggered, s, &MonitorSession::file_open);
+    connect(file_save, &QAction::triggered, s, &MonitorSession::file_save);
+    connect(file_saveas, &QAction::triggered, s, &MonitorSession::file_saveas);
+    connect(file_export, &QAction::triggered, s, &MonitorSession::file_export);
+    connect(file_setAutosavePath, &QAction::triggered, s, &MonitorSession::file_setAutosavePath);
     connect(file_exit, &QAction::triggered, this, &MainWindow::programTerminate);
     connect(settings_generalSettings, &QAction::triggered, this,
             &MainWindow::settings_generalSettings_command);
     connect(q_about, &QAction::triggered, this, &MainWindow::q_about_command);
 }
 
+void MainWindow::connectSession() {
+    connect(&m_session, &MonitorSession::titleChanged, this, &QWidget::setWindowTitle);
+    connect(&m_session, &MonitorSession::displayRequested, this, [this] {
+        if (m_charts)
+            m_charts->display_data();
+    });
+    connect(&m_session, &MonitorSession::zoomResetRequested, this, [this] {
+        if (m_charts)
+            m_charts->disableZoom();
+    });
+    connect(&m_session, &MonitorSession::busyChanged, this,
+            [this](bool busy) { setFileCommandsEnabled(!busy); });
+}
+
+void MainWindow::setFileCommandsEnabled(bool enabled) {
+    for (QAction *a :
+         {file_new, file_open, file_save, file_saveas, file_export, file_setAutosavePath})
+        a->setEnabled(enabled);
+}
+
 void MainWindow::startUp(const QString &currentDir) {
-    MeasurementStore &store = m_ctx.store;
     // Every window of the program, the chart windows included, shows our icon.
     QApplication::setWindowIcon(appIcon());
     setWindowIcon(QApplication::windowIcon());
 
-    // Settings first: creating the dialog loads the stored choices or
-    // stores the defaults.
-    m_settingsDialog =
-        new SettingsDialog(m_ctx.settingsKey, m_ctx.flags, store.waterDisplayPercent, this);
-    m_settingsDialog->setWindowIcon(windowIcon());
+    // Settings first: the stored choices, or the defaults of a first run.
+    m_session.settings_load();
+    m_settingsDialog = new SettingsDialog(m_session.settingsKey(), m_session.flags(),
+                                          m_session.store().waterDisplayPercent, this);
     QCoreApplication::processEvents();
 
     placeWindow();
-    store.decimalSeparator = detectDecimalSeparator();
-    createDeviceLink();
-    prepareFolders(store, currentDir, m_ctx.settingsKey);
-    store.stream_selected = 0;
+    m_session.startUp_engine(currentDir);
 
     // The four charts beside the control panel's area, shown as the display
     // settings say. They take half the frame's inner size, so the frame is
     // on screen, maximised, before they are made.
     show();
     QCoreApplication::processEvents();
-    m_charts = new ChartSet(store, m_mdi, this);
+    m_charts = new ChartSet(m_session.store(), m_mdi, this);
     m_charts->createCharts();
-    m_charts->showCharts(chartVisibility(m_ctx.flags));
+    m_charts->showCharts(chartVisibility(m_session.flags()));
 
-    store.clear();
-    store.oilName.clear();
-    store.display_update_pending = false;
-
-    titleRefresh();
-    QCoreApplication::processEvents();
-    autoSave_restart();
-    m_charts->startChangeMonitor();
-}
-
-void MainWindow::createDeviceLink() {
-    m_deviceLink = new DeviceLink(m_ctx.store, m_ctx.notifier, this);
-    RegistryKey *key = &m_ctx.settingsKey;
-    m_deviceLink->setConfiguredPort([key](int n) { return settings::comPortDevice(*key, n); });
-    // Every reading list the link fetches ends in a redraw of the charts.
-    connect(m_deviceLink, &DeviceLink::listPolled, this, &MainWindow::display_data);
-    m_deviceLink->com_init();
+    m_session.startUp_finish();
 }
 
 void MainWindow::placeWindow() {
@@ -146,73 +144,14 @@ void MainWindow::placeWindow() {
     setWindowState(windowState() | Qt::WindowMaximized);
 }
 
-void MainWindow::titleRefresh() {
-    setWindowTitle(mainWindowTitle(m_ctx.store));
-}
-
-bool MainWindow::saveChanges_prompt() {
-    if (!m_ctx.store.data_changed)
-        return false;
-    const Notifier::Answer answer = m_ctx.notifier.message(
-        QStringLiteral("Data in memory has changed, do you want to save it now?"),
-        QLatin1String(""), Notifier::Buttons::YesNoCancel, Notifier::Icon::Question);
-    switch (answer) {
-    case Notifier::Answer::Yes:
-        file_save_command(); // whatever the save did, the command goes on
-        return false;
-    case Notifier::Answer::No:
-        return false;
-    default:
-        return true;
-    }
-}
-
-void MainWindow::file_new_command() {
-    if (saveChanges_prompt())
-        return;
-    autoSave_stop();
-    m_ctx.store.clear();
-    oilName_set(QString());
-    titleRefresh();
-    display_data();
-    autoSave_restart();
-}
-
-void MainWindow::display_data() {
-    if (m_charts)
-        m_charts->display_data();
-}
-
-void MainWindow::dataView_syncZoom_x(int16_t objectIndex, float x1_factor, float x2_factor,
-                                     bool disableZoom) {
-    if (m_charts)
-        m_charts->dataView_syncZoom_x(objectIndex, x1_factor, x2_factor, disableZoom);
-}
-
-void MainWindow::dataView_syncInfoPos(int16_t objectIndex, int16_t dataIndex) {
-    if (m_charts)
-        m_charts->dataView_syncInfoPos(objectIndex, dataIndex);
-}
-
-void MainWindow::dataView_selectStream(int16_t newStream) {
-    if (m_charts)
-        m_charts->dataView_selectStream(newStream);
-}
-
-void MainWindow::oilName_set(const QString &newName) {
-    m_ctx.store.oilName = newName;
-    m_ctx.store.display_update_pending = true;
-}
-
 void MainWindow::settings_generalSettings_command() {
     m_settingsDialog->exec();
     if (m_charts)
-        m_charts->applyVisibility(chartVisibility(m_ctx.flags));
+        m_charts->applyVisibility(chartVisibility(m_session.flags()));
 }
 
 void MainWindow::q_about_command() {
     AboutDialog about(this);
-    about.setWindowIcon(windowIcon());
     about.exec();
 }
 

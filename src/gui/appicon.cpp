@@ -1,4 +1,4 @@
-#include "core/ui/appicon.h"
+#include "gui/appicon.h"
 
 #include <QPainter>
 #include <QPainterPath>

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QMainWindow>
+
+class ChartSet;
+class MonitorSession;
+class QAction;
+class QMdiArea;
+class SettingsDialog;
+
+// The multiple-document frame of the program: it runs the start-up that
+// creates the windows around the session's engine, carries the menus, shows
+// the title the session announces, and ends the process. The work of every
+// command is the session's (or a window's); this class only wires them.
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    explicit MainWindow(MonitorSession &session, QWidget *parent = nullptr);
+    ~MainWindow() override;
+
+    // Runs the start-up sequence with currentDir as the working folder.
+    void startUp(const QString &currentDir);
+    // Ends the program at once; nothing is saved.
+    void programTerminate();
+    bool isTerminated() const { return m_terminated; }
+
+    MonitorSession &session() { return m_session; }
+    QMdiArea *mdiArea() const { return m_mdi; }
+    SettingsDialog *settingsDialog() const { return m_settingsDialog; }
+    // The chart windows (slots 0 .. 5) and their timers; null before start-up.
+    ChartSet *charts() const { return m_charts; }
+
+    // Menu items, named after their code names.
+    QAction *file_new = nullptr;
+    QAction *file_open = nullptr;
+    QAction *file_save = nullptr;
+    QAction *file_saveas = nullptr;
+    QAction *file_import = nullptr;
+    QAction *file_importDir = nullptr;
+    QAction *file_export = nullptr;
+    QAction *file_setAutosavePath = nullptr;
+    QAction *file_print = nullptr;
+    QAction *file_exit = nullptr;
+    QAction *tools_toolbox = nullptr;
+    QAction *settings_generalSettings = nullptr;
+    QAction *q_about = nullptr;
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void createMenus();
+    void connectSession();
+    void placeWindow();
+    // While a file command runs, no other one can start.
+    void setFileCommandsEnabled(bool enabled);
+    void settings_generalSettings_command();
+    void q_about_command();
+
+    MonitorSession &m_session;
+    QMdiArea *m_mdi = nullptr;
+    SettingsDialog *m_settingsDialog = nullptr;
+    ChartSet *m_charts = nullptr;
+    bool m_terminated = false;
+};

@@ -1,0 +1,140 @@
+#pragma once
+
+#include "core/autosave.h"
+#include "core/store.h"
+#include "settings/settings.h"
+
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <memory>
+
+class Clock;
+class CsvExport;
+class DataFile;
+class DeviceLink;
+class FileDialogs;
+class FileProgress;
+class Notifier;
+class RegistryKey;
+
+// What a session asks the user through, and how it shows progress: message
+// boxes, the local time, the file dialogs with the "Data handling" choice,
+// and the progress window (null: none). The program passes its dialogs,
+// tests and the command-line tool their own.
+struct SessionSeams {
+    Notifier &notifier;
+    Clock &clock;
+    FileDialogs &dialogs;
+    FileProgress *progress = nullptr;
+};
+
+// The engine of one running program. It owns the measurement store with its
+// process-wide values, the display and print choices, the settings key, the
+// device link, the file routines, the autosave and the change monitor, and
+// it is the one place that carries out the command flows (New, Open, Save,
+// Save As, Export, Set autosave path, the save prompt, the oil name, the
+// display refresh request) in their fixed order. It asks the user only
+// through the seams and tells the windows what changed through signals:
+// the title, a display rebuild, the charts' zoom reset, the oil name shown
+// in the control panel, and whether a file command is running.
+//
+// File commands exclude each other: while one runs (a progress window lets
+// events run, the "Data handling" dialog waits), a second one is ignored
+// and busyChanged() lets the windows switch their menu entries off. Timers
+// go on as usual meanwhile.
+class MonitorSession : public QObject {
+    Q_OBJECT
+public:
+    static constexpr int monitorInterval_ms = 500;
+
+    MonitorSession(SessionSeams seams, std::unique_ptr<RegistryKey> settingsKey,
+                   QObject *parent = nullptr);
+    ~MonitorSession() override;
+
+    // Start-up in three steps, so the windows can be made in between:
+    // settings_load reads the stored choices (or stores the defaults of a
+    // first run); startUp_engine finds the decimal separator, makes the
+    // device link (com_init, ComPort<n> from the settings), prepares the
+    // folders and selects all streams; startUp_finish empties the store,
+    // refreshes the title, starts the autosave period and the change
+    // monitor. startUp runs all three for a session without windows.
+    void settings_load();
+    void startUp_engine(const QString &currentDir);
+    void startUp_finish();
+    void startUp(const QString &currentDir);
+
+    // The File menu's commands.
+    void file_new();
+    void file_open();
+    void file_save();
+    void file_saveas();
+    void file_export();
+    void file_setAutosavePath();
+
+    // Asks whether changed data should be saved first (Yes runs Save);
+    // true when the user cancelled.
+    [[nodiscard]] bool saveChanges_prompt();
+
+    void titleRefresh();
+    // Rebuilds every chart from the store, now.
+    void display_data();
+    // Sets the oil name as it stands, shows it in the control panel and
+    // asks for a redraw (the charts show it).
+    void oilName_set(const QString &newName);
+    // The control panel's text box changed: the store keeps it trimmed.
+    void oilName_update(const QString &text);
+
+    // The change monitor's work, every 500 ms: a pending refresh request
+    // becomes one display rebuild.
+    void monitorTick();
+
+    bool busy() const { return m_busy; }
+    QString title() const;
+
+    MeasurementStore &store() { return *m_store; }
+    DisplayFlags &flags() { return m_flags; }
+    RegistryKey &settingsKey() { return *m_settingsKey; }
+    DeviceLink &link() { return *m_link; }
+    AutoSave &autoSave() { return *m_autoSave; }
+    DataFile &dataFile() { return *m_dataFile; }
+    CsvExport &csvExport() { return *m_csv; }
+    Notifier &notifier() { return m_seams.notifier; }
+    FileDialogs &dialogs() { return m_seams.dialogs; }
+
+    QTimer Timer_monitorChanges;
+
+signals:
+    void titleChanged(const QString &title);
+    // display_data: every chart is rebuilt from the store.
+    void displayRequested();
+    // The charts go back to their full view (after reading files).
+    void zoomResetRequested();
+    // The oil name to show in the control panel's text box.
+    void oilNameShown(const QString &name);
+    void busyChanged(bool busy);
+
+private:
+    class BusyScope;
+
+    void openData();
+    void saveCommand(); // Save, also from the prompt inside another command
+    void saveUnder(const QString &fileName);
+    QString openStartPath() const;
+    // Shows a file that holds more records than fit; nothing was changed.
+    void reportTooMany(const QString &message);
+    // The autosave's write: a temporary file beside the autosave file,
+    // renamed over it only when every write succeeded.
+    bool autoSave_write(const QString &fileName);
+
+    SessionSeams m_seams;
+    std::unique_ptr<MeasurementStore> m_store;
+    DisplayFlags m_flags;
+    std::unique_ptr<RegistryKey> m_settingsKey;
+    std::unique_ptr<DataFile> m_dataFile;
+    std::unique_ptr<CsvExport> m_csv;
+    AutoSave *m_autoSave = nullptr;
+    DeviceLink *m_link = nullptr;
+    bool m_busy = false;
+};

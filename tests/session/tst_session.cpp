@@ -1,0 +1,330 @@
+// The session's command flows, headless with scripted dialogs and message
+// boxes: start-up, New with each answer of the save prompt, Open with each
+// "Data handling" answer, Save, Save As, Export, the autosave and the one
+// file command at a time. The flows keep the program's quirks: Open takes
+// the chosen name before the mode is chosen and leaves the autosave stopped
+// when its dialog is cancelled; Save clears the mark even when writing
+// failed; only a file too big for memory is reported, and then nothing
+// changes.
+#include "core/autosave.h"
+#include "device/devicelink.h"
+#include "files/golden.h"
+#include "support/sessionfixture.h"
+
+#include <QDir>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString title(const QString &name, bool changed) {
+    return u"ORLUK Water Monitor   ["_s + name + (changed ? u"] *"_s : u"]"_s);
+}
+
+DataPoint reading(int second) {
+    return DataPoint{
+        .year = 2024, .month = 3, .day = 5, .hour = 14, .minute = 22, .second = uint8_t(second)};
+}
+
+} // namespace
+
+class TestSession : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void startUp();
+    void newCommand_data();
+    void newCommand();
+    void open_data();
+    void open();
+    void saveSaveAsAndExport();
+    void autosave();
+    void oneFileCommandAtATime();
+};
+
+void TestSession::startUp() {
+    SessionFixture f;
+    f.store().dataPoint_count = 3; // start-up empties whatever was there
+    f.store().oilName = u"old"_s;
+    f.store().display_update_pending = true;
+    QSignalSpy redraws(&f.session, &MonitorSession::displayRequested);
+    f.start();
+
+    QCOMPARE(f.title, u"ORLUK Water Monitor   [<NEW FILE>]"_s);
+    QCOMPARE(f.store().dataPoint_count, 0);
+    QVERIFY(f.store().oilName.isEmpty());
+    QCOMPARE(f.store().alarmThreshold, -1.0f);
+    QVERIFY(QDir(f.dir.filePath(u"data/autosave"_s)).exists());
+    QVERIFY(f.session.autoSave().isRunning());
+    QVERIFY(f.notifier.shown.isEmpty());
+
+    // A first run stores the default choices.
+    DisplayFlags stored;
+    stored.displayWater = false;
+    bool percent = true;
+    QVERIFY(!settings::readRegistry(f.session.settingsKey(), stored, percent));
+    QVERIFY(stored.displayWater && !stored.displaySoot && stored.printWater && !percent);
+
+    // The change monitor turns requests into one rebuild.
+    QVERIFY(f.session.Timer_monitorChanges.isActive());
+    QCOMPARE(f.session.Timer_monitorChanges.interval(), 500);
+    f.session.monitorTick();
+    QCOMPARE(redraws.size(), 0);
+    f.session.oilName_set(u" SAE 40 "_s);
+    f.session.oilName_set(u"SAE 40"_s);
+    f.session.monitorTick();
+    f.session.monitorTick();
+    QCOMPARE(redraws.size(), 1);
+
+    // Port numbers lead to devices through the settings value ComPort<n>.
+    DeviceLink &link = f.session.link();
+    QVERIFY(!link.queryRunning());
+    QVERIFY(!f.session.settingsKey().openOrCreate());
+    QVERIFY(!f.session.settingsKey().setString(u"ComPort2"_s, u"/dev/ttyNAKOS9"_s));
+    f.session.settingsKey().close();
+    link.comPort = 2;
+    QCOMPARE(link.portDevice(), u"/dev/ttyNAKOS9"_s);
+}
+
+void TestSession::newCommand_data() {
+    QTest::addColumn<Notifier::Answer>("answer");
+    QTest::addColumn<bool>("changed");
+    QTest::addColumn<bool>("cleared");
+    QTest::newRow("Cancel") << Notifier::Answer::Cancel << true << false;
+    QTest::newRow("No") << Notifier::Answer::No << true << true;
+    QTest::newRow("Yes, the save fails") << Notifier::Answer::Yes << true << true;
+    QTest::newRow("unchanged: no question") << Notifier::Answer::Cancel << false << true;
+}
+
+void TestSession::newCommand() {
+    QFETCH(Notifier::Answer, answer);
+    QFETCH(bool, changed);
+    QFETCH(bool, cleared);
+    SessionFixture f;
+    f.start();
+    MeasurementStore &store = f.store();
+    store.append(reading(1));
+    store.append(reading(2));
+    store.fileName_current = f.dir.filePath(u"no/folder/run1.txt"_s);
+    store.alarmThreshold = 500.0f;
+    store.oilName = u"SAE 40"_s;
+    store.display_update_pending = false;
+    store.data_changed = changed;
+    f.session.titleRefresh();
+    const QString before = f.title;
+    f.clock.time = f.clock.time.addSecs(5);
+    QSignalSpy shown(&f.session, &MonitorSession::oilNameShown);
+    f.notifier.answers = {answer};
+    f.session.file_new();
+
+    QCOMPARE(f.notifier.shown.size(), changed ? 1 : 0);
+    if (changed) {
+        const ScriptedNotifier::Shown &box = f.notifier.shown.first();
+        QCOMPARE(box.text, u"Data in memory has changed, do you want to save it now?"_s);
+        QVERIFY(box.title.isEmpty() && !box.title.isNull()); // an empty title, not the default
+        QCOMPARE(box.buttons, Notifier::Buttons::YesNoCancel);
+        QCOMPARE(box.icon, Notifier::Icon::Question);
+    }
+    if (!cleared) {
+        QCOMPARE(store.dataPoint_count, 2);
+        QCOMPARE(store.alarmThreshold, 500.0f);
+        QCOMPARE(store.oilName, u"SAE 40"_s);
+        QCOMPARE(f.title, before);
+        QVERIFY(f.session.autoSave().fileName().endsWith(u"142210.txt"_s));
+        return;
+    }
+    QCOMPARE(store.dataPoint_count, 0);
+    QVERIFY(!store.data_changed);
+    QVERIFY(store.fileName_current.isEmpty());
+    QCOMPARE(store.alarmThreshold, -1.0f);
+    QVERIFY(store.oilName.isEmpty());
+    QCOMPARE(shown.size(), 1);
+    QVERIFY(store.display_update_pending);
+    QCOMPARE(f.title, u"ORLUK Water Monitor   [<NEW FILE>]"_s);
+    QVERIFY(f.session.autoSave().fileName().endsWith(u"142215.txt"_s)); // a new period
+    QCOMPARE(store.append(reading(1)), AppendResult::Added);            // the stamps are free
+}
+
+void TestSession::open_data() {
+    QTest::addColumn<QString>("file"); // empty: the file dialog is cancelled
+    QTest::addColumn<int>("mode");     // 0: the data handling dialog is cancelled
+    QTest::addColumn<int>("held");     // records in the store before
+    QTest::addColumn<int>("count");
+    QTest::addColumn<bool>("changed");
+    QTest::addColumn<bool>("named");   // the chosen file became the current name
+    QTest::addColumn<bool>("running"); // the autosave afterwards
+
+    const QString small = testData("small.txt");
+    const int full = MeasurementStore::capacity - 2;
+    QTest::newRow("file dialog cancelled") << QString() << 1 << 3 << 3 << false << false << false;
+    QTest::newRow("data handling cancelled") << small << 0 << 3 << 3 << false << true << true;
+    QTest::newRow("replace") << small << 1 << 3 << 3 << false << true << true;
+    QTest::newRow("insert before") << small << 2 << 3 << 6 << true << true << true;
+    QTest::newRow("append") << small << 3 << 3 << 6 << true << true << true;
+    QTest::newRow("missing file") << u"missing.txt"_s << 2 << 3 << 3 << true << true << true;
+    QTest::newRow("too many records") << small << 3 << full << full << false << false << true;
+}
+
+void TestSession::open() {
+    QFETCH(QString, file);
+    QFETCH(int, mode);
+    QFETCH(int, held);
+    QFETCH(int, count);
+    QFETCH(bool, changed);
+    QFETCH(bool, named);
+    QFETCH(bool, running);
+    SessionFixture f;
+    f.start();
+    const bool tooMany = held > 3;
+    if (!file.isEmpty() && QDir::isRelativePath(file))
+        file = f.dir.filePath(file);
+    fillSmallStore(f.store());
+    f.store().dataPoint_count = held;
+    f.store().reindex();
+    f.store().data_changed = false;
+    f.store().fileName_current = u"/data/run1.txt"_s;
+    QSignalSpy zoomResets(&f.session, &MonitorSession::zoomResetRequested);
+    QSignalSpy oilNames(&f.session, &MonitorSession::oilNameShown);
+    f.dialogs.fileAnswers << file;
+    f.dialogs.modeAnswers << int16_t(mode);
+    f.session.file_open();
+    QCOMPARE(f.dialogs.calls[0].filter, u"Text data files (*.txt)|*.txt|All files (*.*)|*.*|"_s);
+    QCOMPARE(f.dialogs.calls[0].initialPath, u"/data/run1.txt"_s);
+    QCOMPARE(f.store().dataPoint_count, count);
+    QCOMPARE(f.session.autoSave().isRunning(), running);
+    QCOMPARE(f.notifier.shown.size(), tooMany ? 1 : 0);
+    if (tooMany)
+        QVERIFY(f.notifier.shown[0].text.contains(file));
+    const bool read = mode > 0 && QFile::exists(file) && !tooMany;
+    QCOMPARE(oilNames.size(), read ? 1 : 0); // the file's oil name goes to the panel
+    QCOMPARE(zoomResets.size(), 1);
+    if (!file.isEmpty())
+        QCOMPARE(f.title, title(named ? file : u"/data/run1.txt"_s, changed));
+}
+
+void TestSession::saveSaveAsAndExport() {
+    SessionFixture f;
+    f.start();
+    MeasurementStore &store = f.store();
+    fillSmallStore(store);
+    const QString name = f.dir.filePath(u"saved.txt"_s), other = f.dir.filePath(u"new.txt"_s);
+    const QString csv = f.dir.filePath(u"out.csv"_s);
+    f.dialogs.fileAnswers << QString() << name << other << QString() << csv;
+    f.session.file_save(); // no name yet: asks, and is cancelled
+    QVERIFY(store.data_changed);
+    f.notifier.answers = {Notifier::Answer::Cancel}; // the prompt stops Open before its dialog
+    f.session.file_open();
+    QCOMPARE(f.dialogs.calls.size(), 1);
+    f.session.file_save();
+    QCOMPARE(fileBytes(name), fileBytes(testData("small.txt")));
+    QCOMPARE(f.title, title(name, false));
+    f.session.file_save(); // with a name Save does not ask
+    f.session.file_saveas();
+    QCOMPARE(store.fileName_current, other);
+    QVERIFY(QFile::exists(other));
+    QCOMPARE(f.dialogs.calls.size(), 3);
+    QCOMPARE(f.dialogs.calls[2].initialPath, name);
+
+    // The export counts as saving but keeps the data file's name.
+    store.data_changed = true;
+    f.session.file_export(); // cancelled
+    QVERIFY(store.data_changed);
+    f.session.file_export();
+    QCOMPARE(fileBytes(csv), fileBytes(testData("small.csv")));
+    QCOMPARE(f.title, title(other, false));
+    QCOMPARE(f.dialogs.calls[4].filter, u"CSV files (*.csv)|*.csv|All files (*.*)|*.*|"_s);
+
+    // A failed write clears the mark all the same and is not reported.
+    store.fileName_current = f.dir.filePath(u"no/folder/x.txt"_s);
+    store.data_changed = true;
+    f.session.file_save();
+    QVERIFY(!store.data_changed);
+    QCOMPARE(f.notifier.shown.size(), 1);
+
+    // The prompt's Yes saves (here asking for a name), then New goes on.
+    store.fileName_current.clear();
+    store.data_changed = true;
+    f.notifier.answers = {Notifier::Answer::Yes};
+    const QString viaPrompt = f.dir.filePath(u"prompt.txt"_s);
+    f.dialogs.fileAnswers << viaPrompt;
+    f.session.file_new();
+    QCOMPARE(f.dialogs.calls.last().initialPath, u"C:\\"_s);
+    QCOMPARE(fileBytes(viaPrompt), fileBytes(testData("small.txt")));
+    QCOMPARE(store.dataPoint_count, 0);
+}
+
+// Saved on the sixth tick with the title's mark cleared; a folder that
+// cannot be written leaves the last minute's file whole; the folder is set
+// through the File menu and kept in the settings.
+void TestSession::autosave() {
+    SessionFixture f;
+    f.start();
+    AutoSave &autoSave = f.session.autoSave();
+    const QString name = autoSave.fileName();
+    QCOMPARE(name, f.store().path_autosave + u"NAK_OS_autosave_20240305_142210.txt"_s);
+    const auto minute = [&] {
+        for (int i = 0; i < AutoSave::ticksPerSave; ++i)
+            autoSave.tick();
+    };
+    minute();
+    QVERIFY(!QFile::exists(name)); // an empty store is never saved
+    fillSmallStore(f.store());
+    minute();
+    QCOMPARE(f.title, title(u"<NEW FILE>"_s, false));
+    QCOMPARE(fileBytes(name), fileBytes(testData("small.txt")));
+
+    // In a folder that cannot be written (root writes all the same) the file
+    // holds either the last minute's data or the new, never a part.
+    const QByteArray old = fileBytes(name);
+    const QFile::Permissions rw = QFile(f.store().path_autosave).permissions();
+    QFile(f.store().path_autosave).setPermissions(QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+    f.store().append(reading(1));
+    minute();
+    QFile(f.store().path_autosave).setPermissions(rw);
+    const bool kept = fileBytes(name) == old;
+    QCOMPARE(kept, f.store().data_changed);
+    if (!kept)
+        QVERIFY(fileBytes(name) == old + "2024-03-05\t14:22:01\t0\t0.00\t0.00\t0.00\t0\t0\t0\r\n");
+    QCOMPARE(QDir(f.store().path_autosave).entryList(QDir::Files).size(), 1);
+
+    const QString folder = f.dir.filePath(u"usb/"_s);
+    f.dialogs.folderAnswer = folder;
+    f.session.file_setAutosavePath();
+    QCOMPARE(f.store().path_autosave, folder);
+    QCOMPARE(autoSave.fileName(), name); // the new folder counts from the next period
+    QCOMPARE(settings::readAutosavePath(f.session.settingsKey()), folder);
+}
+
+// While Open waits in the "Data handling" dialog, the other file commands
+// are ignored and the menus are told to switch them off.
+void TestSession::oneFileCommandAtATime() {
+    SessionFixture f;
+    f.start();
+    fillSmallStore(f.store());
+    f.store().data_changed = false;
+    QSignalSpy busy(&f.session, &MonitorSession::busyChanged);
+    f.dialogs.fileAnswers << testData("small.txt") << f.dir.filePath(u"other.txt"_s);
+    f.dialogs.modeAnswers << int16_t(3) << int16_t(3);
+    int attempts = 0;
+    f.dialogs.whileChoosing = [&] {
+        QVERIFY(f.session.busy());
+        if (attempts++ > 0)
+            return;
+        f.session.file_open();
+        f.session.file_new();
+        f.session.file_saveas();
+        f.session.file_export();
+    };
+    f.session.file_open();
+    QCOMPARE(attempts, 1);
+    QCOMPARE(f.dialogs.calls.size(), 1);
+    QCOMPARE(f.store().dataPoint_count, 6);
+    QVERIFY(!f.session.busy());
+    QCOMPARE(busy.size(), 2);
+    QCOMPARE(busy[0][0].toBool(), true);
+    QCOMPARE(busy[1][0].toBool(), false);
+}
+
+QTEST_GUILESS_MAIN(TestSession)
+#include "tst_session.moc"
