@@ -82,8 +82,10 @@ public:
     bool pollRunning() const { return m_pollRunning; }
     bool exchangeRunning() const { return m_active; }
     bool queryRunning() const { return Timer_queryTiming.isActive(); }
-    // The device the next exchange will open.
-    QString portDevice() const { return comPort_device(comPort, m_configured); }
+    // The device the next exchange will open, and the one behind any port
+    // number.
+    QString portDevice() const { return deviceFor(comPort); }
+    QString deviceFor(int port) const { return comPort_device(port, m_configured); }
 
     // Written by the control panel; read at every open.
     int16_t comPort = 1;

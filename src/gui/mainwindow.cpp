@@ -1,8 +1,10 @@
 #include "gui/mainwindow.h"
 
 #include "chart/ui/chartset.h"
+#include "device/ui/toolbox.h"
 #include "gui/aboutdialog.h"
 #include "gui/appicon.h"
+#include "panel/ui/controlpanel.h"
 #include "session/monitorsession.h"
 #include "settings/ui/settingsdialog.h"
 
@@ -73,7 +75,7 @@ void MainWindow::createMenus() {
     item(q, q_about, "q_about", "About");
 
     // Commands whose work is not in the program yet stay visible but off.
-    for (QAction *a : {file_import, file_importDir, file_print, tools_toolbox})
+    for (QAction *a : {file_import, file_importDir, file_print})
         a->setEnabled(false);
 
     MonitorSession *s = &m_session;
@@ -87,6 +89,7 @@ void MainWindow::createMenus() {
     connect(settings_generalSettings, &QAction::triggered, this,
             &MainWindow::settings_generalSettings_command);
     connect(q_about, &QAction::triggered, this, &MainWindow::q_about_command);
+    connect(tools_toolbox, &QAction::triggered, this, &MainWindow::tools_toolbox_command);
 }
 
 void MainWindow::connectSession() {
@@ -123,13 +126,20 @@ void MainWindow::startUp(const QString &currentDir) {
     placeWindow();
     m_session.startUp_engine(currentDir);
 
-    // The four charts beside the control panel's area, shown as the display
-    // settings say. They take half the frame's inner size, so the frame is
-    // on screen, maximised, before they are made.
+    // The control panel at the top left, the four charts beside it, shown as
+    // the display settings say. The charts take half the frame's inner
+    // size, so the frame is on screen, maximised, before they are made.
     show();
     QCoreApplication::processEvents();
+    m_panel = new ControlPanel(m_session);
+    m_mdi->addSubWindow(m_panel);
+    m_panel->resize(ControlPanel::startWidth, ControlPanel::startHeight);
+    m_panel->move(0, 0);
+    m_panel->show();
     m_charts = new ChartSet(m_session.store(), m_mdi, this);
-    m_charts->createCharts();
+    connect(m_panel, &ControlPanel::streamSelected, m_charts, &ChartSet::dataView_selectStream);
+    m_charts->setPanelWindow(m_panel);
+    m_charts->createCharts(m_panel->geometry());
     m_charts->showCharts(chartVisibility(m_session.flags()));
 
     m_session.startUp_finish();
@@ -155,12 +165,19 @@ void MainWindow::q_about_command() {
     about.exec();
 }
 
+void MainWindow::tools_toolbox_command() {
+    Toolbox toolbox(m_session.link(), this);
+    toolbox.exec();
+}
+
 void MainWindow::programTerminate() {
     if (m_terminated)
         return;
     m_terminated = true;
     if (m_charts)
         m_charts->releaseCharts();
+    delete m_panel;
+    m_panel = nullptr;
     // Nothing is saved; the windows go and the event loop ends without
     // running the events still queued.
     m_mdi->closeAllSubWindows();

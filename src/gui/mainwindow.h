@@ -3,6 +3,7 @@
 #include <QMainWindow>
 
 class ChartSet;
+class ControlPanel;
 class MonitorSession;
 class QAction;
 class QMdiArea;
@@ -27,8 +28,10 @@ public:
     MonitorSession &session() { return m_session; }
     QMdiArea *mdiArea() const { return m_mdi; }
     SettingsDialog *settingsDialog() const { return m_settingsDialog; }
-    // The chart windows (slots 0 .. 5) and their timers; null before start-up.
+    // The chart windows (slots 0 .. 5) and their timers, and the control
+    // panel; null before start-up.
     ChartSet *charts() const { return m_charts; }
+    ControlPanel *controlPanel() const { return m_panel; }
 
     // Menu items, named after their code names.
     QAction *file_new = nullptr;
@@ -56,10 +59,12 @@ private:
     void setFileCommandsEnabled(bool enabled);
     void settings_generalSettings_command();
     void q_about_command();
+    void tools_toolbox_command();
 
     MonitorSession &m_session;
     QMdiArea *m_mdi = nullptr;
     SettingsDialog *m_settingsDialog = nullptr;
     ChartSet *m_charts = nullptr;
+    ControlPanel *m_panel = nullptr;
     bool m_terminated = false;
 };

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+
+#include <cstdint>
+
+class MeasurementStore;
+
+// The control panel's statistics and port choice as plain functions, so
+// they can be tested without a window.
+namespace panel {
+
+// "0 data points in memory", "1 data point in memory", ..., or
+// "DATA POINT MEMORY FULL!" from the store's capacity on.
+QString countText(int32_t count);
+
+// "yyyy-mm-dd hh:mm:ss  -  yyyy-mm-dd hh:mm:ss" from the first and the
+// last stored point; empty for an empty store.
+QString spanText(const MeasurementStore &store);
+
+// The port number of a "COM n" list entry: index + 1, and 0 when no entry
+// is selected (index -1).
+int16_t portFromIndex(int index);
+
+// The entries of the port list: "COM 1" .. "COM 19".
+constexpr int portEntries = 19;
+QString portEntry(int number);
+
+} // namespace panel
