@@ -11,7 +11,8 @@ packages=(
 )
 # Extra tools for the tests and for looking at the program without a desktop.
 if [[ "${1:-}" == "--test" ]]; then
-    packages+=(xvfb xauth clang-format)
+    # poppler-utils: pdfinfo and pdftoppm read the printed PDFs back.
+    packages+=(xvfb xauth clang-format poppler-utils)
 fi
 
 missing=()

@@ -6,10 +6,13 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 
 LineDrawer::LineDrawer(QPainter &painter) : m_painter(painter) {
+    const QTransform t = painter.deviceTransform();
+    m_enlarged = std::max(std::hypot(t.m11(), t.m12()), std::hypot(t.m21(), t.m22())) > 1.01;
     QPaintDevice *device = painter.device();
     if (!device || device->devType() != QInternal::Image)
         return;
@@ -99,6 +102,13 @@ void LineDrawer::patternedLine(QRgb color, Qt::PenStyle style, int x0, int y0, i
 }
 
 void LineDrawer::painterLine(int x0, int y0, int x1, int y1) {
+    // Each segment stopping a pixel short shows as a dashed curve once a
+    // pixel is several device pixels wide.
+    if (m_enlarged) {
+        if (x0 != x1 || y0 != y1)
+            m_painter.drawLine(x0, y0, x1, y1);
+        return;
+    }
     // Qt's line includes both ends with square caps; stop one pixel short
     // of the end along the longer axis instead.
     const int dx = x1 - x0, dy = y1 - y0;

@@ -12,7 +12,9 @@ class QPainter;
 // clipping (the window's picture and the print page), the pixels are written
 // straight into the image, which is many times faster than Qt's stroker for
 // the thousands of steep segments of a noisy curve; on any other device
-// (a PDF page) the lines go through QPainter.
+// (a PDF page) the lines go through QPainter. A page enlarged onto a finer
+// device (a printer) has no pixels to leave out: there the lines run to
+// their ends, so the curve stays one unbroken line on paper.
 class LineDrawer {
 public:
     explicit LineDrawer(QPainter &painter);
@@ -29,6 +31,7 @@ private:
     void painterLine(int x0, int y0, int x1, int y1);
 
     QPainter &m_painter;
+    bool m_enlarged = false;
     unsigned char *m_bits = nullptr;
     long long m_bytesPerLine = 0;
     int m_width = 0;

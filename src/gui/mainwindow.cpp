@@ -5,6 +5,7 @@
 #include "gui/aboutdialog.h"
 #include "gui/appicon.h"
 #include "panel/ui/controlpanel.h"
+#include "print/ui/printcommand.h"
 #include "session/monitorsession.h"
 #include "settings/ui/settingsdialog.h"
 
@@ -75,7 +76,7 @@ void MainWindow::createMenus() {
     item(q, q_about, "q_about", "About");
 
     // Commands whose work is not in the program yet stay visible but off.
-    for (QAction *a : {file_import, file_importDir, file_print})
+    for (QAction *a : {file_import, file_importDir})
         a->setEnabled(false);
 
     MonitorSession *s = &m_session;
@@ -90,6 +91,10 @@ void MainWindow::createMenus() {
             &MainWindow::settings_generalSettings_command);
     connect(q_about, &QAction::triggered, this, &MainWindow::q_about_command);
     connect(tools_toolbox, &QAction::triggered, this, &MainWindow::tools_toolbox_command);
+    connect(file_print, &QAction::triggered, this, [this] {
+        if (m_charts)
+            PrintCommand(this).file_print(*m_charts, m_session.flags());
+    });
 }
 
 void MainWindow::connectSession() {

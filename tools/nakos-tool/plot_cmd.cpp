@@ -7,6 +7,7 @@
 #include "chart/displayfill.h"
 #include "core/store.h"
 #include "files/datafile.h"
+#include "print/printpage.h"
 
 #include <QFileInfo>
 #include <QImage>
@@ -48,9 +49,7 @@ bool writePdf(ChartModel &chart, const QString &fileName) {
     QPainter painter;
     if (!painter.begin(&writer))
         return true;
-    painter.setViewport(0, 0, writer.width(), writer.height());
-    painter.setWindow(0, 0, g.width, g.height);
-    chart_draw(chart, painter, ChartSurface::Page);
+    print_paintPage(chart, painter, QRectF(0, 0, writer.width(), writer.height()));
     return !painter.end();
 }
 

@@ -3,6 +3,7 @@
 #include "chart/chartrender.h"
 #include "chart/ui/chartpicture.h"
 #include "chart/ui/dataviewowner.h"
+#include "print/printpage.h"
 
 #include <QCoreApplication>
 #include <QMdiArea>
@@ -129,20 +130,16 @@ void DataView::dataView_draw() {
     }
 }
 
-void DataView::dataView_print() {
-    if (m_model.drawing)
-        return;
-    const ChartGeometry g = ChartGeometry::page();
-    QImage page(g.width, g.height, QImage::Format_RGB32);
-    QPainter painter(&page);
-    ChartRenderHooks hooks;
-    hooks.pendingEvents = letEventsRun;
-    hooks.pageComposed = [&] {
-        painter.end();
-        if (m_pagePrinter)
-            m_pagePrinter(page);
-    };
-    chart_draw(m_model, painter, ChartSurface::Page, hooks);
+bool DataView::dataView_print(QPaintDevice &printer) {
+    const bool failed = print_chartDocument(m_model, printer, letEventsRun);
+    // A resize that came while the page was printing was held back; the
+    // picture catches up now, as after a drawing.
+    if (m_resizePending && !m_model.drawing) {
+        m_resizePending = false;
+        dataView_resize();
+        dataView_draw();
+    }
+    return failed;
 }
 
 void DataView::setZoom_x(float &x1_factor, float &x2_factor) {

@@ -4,11 +4,10 @@
 
 #include <QMdiSubWindow>
 
-#include <functional>
-
 class ChartPicture;
 class DataViewOwner;
 class QMouseEvent;
+class QPaintDevice;
 
 // A chart window (`dataView`): a child window of the frame that shows one
 // measured quantity. It wraps a ChartModel with the chart's public
@@ -20,9 +19,6 @@ class QMouseEvent;
 class DataView : public QMdiSubWindow {
     Q_OBJECT
 public:
-    // Hands the composed 800 x 600 page to the printer (see dataView_print).
-    using PagePrinter = std::function<void(const QImage &page)>;
-
     explicit DataView(DataViewOwner *owner = nullptr, QWidget *parent = nullptr);
     ~DataView() override;
 
@@ -60,9 +56,11 @@ public:
                                  const QString &x_axis_stringMiddle_a);
     void dataView_resize();
     void dataView_draw();
-    // Composes the chart, in its current zoom, on the 800 x 600 page and
-    // hands it to the page printer; the screen is not touched.
-    void dataView_print();
+    // Prints the chart, in its current zoom, as one document on `printer`:
+    // its 800 x 600 page stretched to 90 % of the printer's page, 5 % in from
+    // the edges. The screen picture is not touched. Skipped while the chart
+    // is drawing; returns true when nothing was printed.
+    bool dataView_print(QPaintDevice &printer);
     void dataView_show() { show(); }
     void dataView_hide() { hide(); }
 
@@ -72,7 +70,6 @@ public:
     int16_t get_objectIndex() const { return m_model.objectIndex; }
 
     void setOwner(DataViewOwner *owner) { m_owner = owner; }
-    void setPagePrinter(PagePrinter printer) { m_pagePrinter = std::move(printer); }
 
     // For the owner's display refresh, which fills the model directly, and
     // for tests.
@@ -95,6 +92,5 @@ private:
     DataViewOwner *m_owner = nullptr;
     QWidget *m_client = nullptr; // the window's inner area
     ChartPicture *m_picture = nullptr;
-    PagePrinter m_pagePrinter;
     bool m_resizePending = false;
 };

@@ -1,0 +1,251 @@
+// Printing the charts: which charts a run prints, in which order, where the
+// page lands on the paper, what a printed page shows, and real PDF files
+// from the program's own printer, read back with poppler.
+#include "chart/chartstyle.h"
+#include "chart/ui/chartset.h"
+#include "chart/ui/dataview.h"
+#include "core/store.h"
+#include "print/printpage.h"
+#include "print/ui/printcommand.h"
+#include "print/ui/qtprinter.h"
+#include "settings/settings.h"
+
+#include <QDir>
+#include <QMdiArea>
+#include <QPrinter>
+#include <QProcess>
+#include <QTest>
+
+#include <deque>
+#include <memory>
+
+namespace {
+
+const QRgb white = qRgb(255, 255, 255);
+
+// Hands out a white page per document, 550 x 425 or turned by the
+// orientation, and keeps them all.
+struct PageRecorder : ChartPrinter {
+    struct Page {
+        int index;
+        PrintSetup setup;
+        QImage image;
+    };
+    QPaintDevice *print_document(ChartQuantity, int index, const PrintSetup &setup) override {
+        const bool portrait = setup.orientation == QPageLayout::Portrait;
+        QImage paper(portrait ? QSize(425, 550) : QSize(550, 425), QImage::Format_RGB32);
+        paper.fill(white);
+        pages.push_back({index, setup, paper});
+        return &pages.back().image;
+    }
+    std::deque<Page> pages; // handed-out devices must not move
+};
+
+struct ScriptedDialog : PrintDialogSeam {
+    std::optional<PrintSetup> print_selectPrinter() override {
+        ++shown;
+        return answer;
+    }
+    std::optional<PrintSetup> answer;
+    int shown = 0;
+};
+
+// The smallest rectangle holding every pixel that is not white.
+QRect inkBox(const QImage &img) {
+    QRect ink;
+    for (int y = 0; y < img.height(); ++y)
+        for (int x = 0; x < img.width(); ++x)
+            if (img.pixel(x, y) != white)
+                ink |= QRect(x, y, 1, 1);
+    return ink;
+}
+
+// Pixels of `colour` within `r` of the page point (x, y), the page as
+// printed on a white paper.
+int inkNear(const QImage &img, QRgb colour, double x, double y, QSize r = QSize(3, 3)) {
+    const QRectF at = print_placement(QSizeF(img.size()));
+    const int cx = int(at.x() + x * at.width() / 800), cy = int(at.y() + y * at.height() / 600);
+    int n = 0;
+    for (int py = cy - r.height(); py <= cy + r.height(); ++py)
+        for (int px = cx - r.width(); px <= cx + r.width(); ++px)
+            n += img.valid(px, py) && img.pixel(px, py) == (colour | 0xff000000u);
+    return n;
+}
+
+} // namespace
+
+class TestPrint : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase() {
+        store = std::make_unique<MeasurementStore>();
+        for (int i = 0; i < 400; ++i)
+            store->dataPoints[size_t(i)] = {.year = 2024,
+                                            .month = 5,
+                                            .day = 6,
+                                            .hour = uint8_t(i / 60),
+                                            .minute = uint8_t(i % 60),
+                                            .water = 200.0f + float(i % 50),
+                                            .temperature = 40.0f + float(i % 7),
+                                            .pressure = 1000.0f + float(i % 30),
+                                            .stream = 1};
+        store->dataPoint_count = 400;
+        area = std::make_unique<QMdiArea>();
+        area->resize(1400, 900);
+        area->show();
+        set = std::make_unique<ChartSet>(*store, area.get());
+        set->createCharts();
+        set->display_data();
+    }
+
+    void cleanupTestCase() {
+        set.reset();
+        area.reset();
+    }
+
+    // Through the print command: the dialog always comes first; then water,
+    // temperature, pressure, each if its setting is on and it is not busy
+    // drawing, one document each with the dialog's copies and orientation,
+    // the page on 90 % of the paper, 5 % in from the edges.
+    void selection_data() {
+        QTest::addColumn<bool>("cancel");
+        QTest::addColumn<QList<bool>>("settings"); // water, temperature, pressure
+        QTest::addColumn<bool>("waterBusy");
+        QTest::addColumn<QList<ChartQuantity>>("expected");
+        using Q = ChartQuantity;
+        const QList<bool> all{1, 1, 1};
+        QTest::newRow("first run") << false << QList<bool>{1, 0, 0} << false << QList{Q::Water};
+        QTest::newRow("all") << false << all << false
+                             << QList{Q::Water, Q::Temperature, Q::Pressure};
+        QTest::newRow("water, pressure")
+            << false << QList<bool>{1, 0, 1} << false << QList{Q::Water, Q::Pressure};
+        QTest::newRow("all off") << false << QList<bool>{0, 0, 0} << false << QList<Q>{};
+        QTest::newRow("cancelled") << true << all << false << QList<Q>{};
+        QTest::newRow("water busy") << false << all << true << QList{Q::Temperature, Q::Pressure};
+    }
+
+    void selection() {
+        QFETCH(bool, cancel);
+        QFETCH(QList<bool>, settings);
+        QFETCH(bool, waterBusy);
+        QFETCH(QList<ChartQuantity>, expected);
+        DisplayFlags flags;
+        flags.printWater = settings[0];
+        flags.printTemperature = settings[1];
+        flags.printPressure = settings[2];
+        for (const auto orientation : {QPageLayout::Landscape, QPageLayout::Portrait}) {
+            ScriptedDialog dialog;
+            if (!cancel)
+                dialog.answer = PrintSetup{2, orientation, QString()};
+            PageRecorder printer;
+            set->chart(ChartQuantity::Water)->model().drawing = waterBusy;
+            PrintCommand(dialog, printer).file_print(*set, flags);
+            set->chart(ChartQuantity::Water)->model().drawing = false;
+
+            QCOMPARE(dialog.shown, 1);
+            QList<ChartQuantity> printed; // told by the page's background
+            for (const PageRecorder::Page &page : printer.pages) {
+                const QRect ink = inkBox(page.image);
+                if (ink.isNull())
+                    continue; // the busy chart's document never began
+                for (int q = 0; q < 3; ++q)
+                    if (inkNear(page.image, chart_style(ChartQuantity(q)).back, 5, 5) > 0)
+                        printed << ChartQuantity(q);
+                QCOMPARE(page.index, printed.size() - 1);
+                QCOMPARE(page.setup.copies, 2);
+                // 5 % of 550 x 425 is 27.5, 21.25; 90 % is 495 x 382.5.
+                const QRect paper = orientation == QPageLayout::Portrait ? QRect(21, 27, 383, 496)
+                                                                         : QRect(27, 21, 496, 383);
+                QVERIFY((ink.topLeft() - paper.topLeft()).manhattanLength() <= 2);
+                QVERIFY((ink.bottomRight() - paper.bottomRight()).manhattanLength() <= 2);
+            }
+            QCOMPARE(printed, expected);
+        }
+    }
+
+    // An empty chart prints its frame and title; a zoomed one its zoom, not
+    // the full view: the curve rises to 98, then stays at 100, and the zoom
+    // 60 .. 99 x 90 .. 110 puts the 100s on the plot's middle line (page
+    // y = 305).
+    void printedPage_data() {
+        QTest::addColumn<int>("points");
+        QTest::addColumn<bool>("zoomed");
+        QTest::newRow("empty") << 0 << false;
+        QTest::newRow("full view") << 100 << false;
+        QTest::newRow("zoomed") << 100 << true;
+    }
+
+    void printedPage() {
+        QFETCH(int, points);
+        QFETCH(bool, zoomed);
+        ChartModel model;
+        model.init();
+        chart_applyStyle(model, ChartQuantity::Water, false);
+        for (int i = 0; i < points; ++i)
+            model.addDataPoint(float(i), i < 50 ? float(2 * i) : 100.0f, 2024, 5, 6, 12, 0, 0);
+        model.zoomActive = zoomed;
+        model.zoom_x1 = 60;
+        model.zoom_x2 = 99;
+        model.zoom_y1 = 90;
+        model.zoom_y2 = 110;
+        QImage img(1100, 850, QImage::Format_RGB32);
+        img.fill(white);
+        QVERIFY(!print_chartDocument(model, img));
+
+        QVERIFY(inkNear(img, model.color_lines, 69, 300) > 0);              // frame, left edge
+        QVERIFY(inkNear(img, qRgb(0, 0, 0), 400, 15, QSize(100, 10)) > 50); // title
+        int middle = 0;
+        for (int x = 80; x <= 770; x += 10)
+            middle += inkNear(img, model.color_graph, x, 305) > 0;
+        QCOMPARE(middle > 60, zoomed);
+        QCOMPARE(inkNear(img, model.color_graph, 400, 300, QSize(500, 300)) > 0, points > 0);
+    }
+
+    // "Print to File (PDF)" with water and pressure chosen: two files of one
+    // page each, the first under the chosen name, each showing its chart a
+    // little under 90 % of the paper (5 % in from the printable area). They
+    // stay in the build folder to be looked at.
+    void pdfFiles() {
+        QDir out(QStringLiteral(NAKOS_BINARY_DIR "/tests/print/pdf"));
+        QVERIFY(out.removeRecursively() && out.mkpath(QStringLiteral(".")));
+        QPrinter qprinter(QPrinter::HighResolution);
+        qprinter.setOutputFormat(QPrinter::PdfFormat);
+        QtChartPrinter printer(qprinter);
+        ScriptedDialog dialog;
+        dialog.answer =
+            PrintSetup{1, QPageLayout::Landscape, out.filePath(QStringLiteral("charts.pdf"))};
+        DisplayFlags flags;
+        flags.printTemperature = false;
+        flags.printWater = flags.printPressure = true;
+        PrintCommand(dialog, printer).file_print(*set, flags);
+
+        const QStringList names{QStringLiteral("charts-pressure.pdf"),
+                                QStringLiteral("charts.pdf")};
+        QCOMPARE(out.entryList(QDir::Files), names);
+        for (const QString &name : names) {
+            const QString pdf = out.filePath(name);
+            QProcess info;
+            info.start(QStringLiteral("pdfinfo"), {pdf});
+            QVERIFY2(info.waitForFinished(), "pdfinfo (poppler-utils) did not run");
+            QVERIFY(info.readAllStandardOutput().contains("\nPages:           1\n"));
+            QCOMPARE(QProcess::execute(QStringLiteral("pdftoppm"),
+                                       {QStringLiteral("-png"), QStringLiteral("-r"),
+                                        QStringLiteral("50"), pdf, pdf}),
+                     0);
+            const QImage page(pdf + QStringLiteral("-1.png"));
+            const QRect ink = inkBox(page);
+            QVERIFY(ink.width() > page.width() * 8 / 10 && ink.width() < page.width() * 9 / 10);
+            const ChartQuantity q =
+                name == names[1] ? ChartQuantity::Water : ChartQuantity::Pressure;
+            QCOMPARE(QColor(page.pixel(ink.topLeft() + QPoint(2, 2))), QColor(chart_style(q).back));
+        }
+    }
+
+private:
+    std::unique_ptr<MeasurementStore> store;
+    std::unique_ptr<QMdiArea> area;
+    std::unique_ptr<ChartSet> set;
+};
+
+QTEST_MAIN(TestPrint)
+#include "tst_print.moc"
