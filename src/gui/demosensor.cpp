@@ -20,9 +20,8 @@ QString startDemoSensor(MonitorSession &session, QObject *owner, QString &error)
     }
     const QString device = sim->portPath();
     RegistryKey *key = &session.settingsKey();
-    session.link().setConfiguredPort([device, key](int n) {
-        return n == 1 ? device : settings::comPortDevice(*key, n);
-    });
+    session.link().setConfiguredPort(
+        [device, key](int n) { return n == 1 ? device : settings::comPortDevice(*key, n); });
     return device;
 #else
     (void)session;

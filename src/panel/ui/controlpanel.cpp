@@ -96,8 +96,9 @@ ControlPanel::ControlPanel(MonitorSession &session, QWidget *parent)
 
     Combo1->installEventFilter(this);
     Text_oilName->installEventFilter(this);
-    connect(Combo1, &QComboBox::currentIndexChanged, this,
-            [this](int index) { Combo1->setToolTip(Combo1->itemData(index, Qt::ToolTipRole).toString()); });
+    connect(Combo1, &QComboBox::currentIndexChanged, this, [this](int index) {
+        Combo1->setToolTip(Combo1->itemData(index, Qt::ToolTipRole).toString());
+    });
     connect(Command1, &QPushButton::clicked, this, &ControlPanel::Command1_Click);
     connect(Text_oilName, &QLineEdit::textChanged, this, &ControlPanel::oilName_update);
     connect(Text_oilName, &QLineEdit::editingFinished, this, &ControlPanel::oilName_update);
