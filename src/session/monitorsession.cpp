@@ -23,8 +23,12 @@ MonitorSession::MonitorSession(SessionSeams seams, std::unique_ptr<RegistryKey> 
     m_link = new DeviceLink(*m_store, seams.notifier, this);
     RegistryKey *key = m_settingsKey.get();
     m_link->setConfiguredPort([key](int n) { return settings::comPortDevice(*key, n); });
-    // Every reading list the link fetches ends in a redraw of the charts.
-    connect(m_link, &DeviceLink::listPolled, this, &MonitorSession::display_data);
+    // Every reading list the link fetches ends in a redraw of the charts;
+    // the title shows the mark that new readings set.
+    connect(m_link, &DeviceLink::listPolled, this, [this] {
+        display_data();
+        titleRefresh();
+    });
 
     Timer_monitorChanges.setInterval(monitorInterval_ms);
     connect(&Timer_monitorChanges, &QTimer::timeout, this, &MonitorSession::monitorTick);
