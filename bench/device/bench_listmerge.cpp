@@ -101,7 +101,7 @@ int main() {
     const QByteArray known = replyFor(kStored - kLines, kLines);
 
     auto store = std::make_unique<MeasurementStore>();
-    const auto reset = [&] { store->merge(base.data(), kStored, MergeMode::Replace); };
+    const auto reset = [&] { (void)store->merge(base.data(), kStored, MergeMode::Replace); };
     int added = 0;
 
     const Figures indexNew =

@@ -62,7 +62,7 @@ public:
     // Returns true (failed) and changes nothing when the result would not
     // fit into the capacity. dataPoint_count follows; data_changed and
     // fileName_current are left to the caller.
-    bool merge(const DataPoint *points, int32_t n, MergeMode mode);
+    [[nodiscard]] bool merge(const DataPoint *points, int32_t n, MergeMode mode);
 
     // Rebuilds the duplicate index after dataPoints[] was written directly.
     void reindex();

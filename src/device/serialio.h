@@ -18,7 +18,7 @@ public:
     // Opens the device at the given speed with the link's fixed line
     // settings; true when it failed (missing, in use, not a port). Whatever
     // arrived while the port was closed is discarded.
-    virtual bool open(const QString &device, int32_t baudRate) = 0;
+    [[nodiscard]] virtual bool open(const QString &device, int32_t baudRate) = 0;
     // Closes the port; unread input is lost with it. Harmless when closed.
     virtual void close() = 0;
     virtual void write(char byte) = 0;

@@ -30,7 +30,7 @@ QString keyPath();
 
 // Reads the eight flags in their fixed order (any byte above 0 is on).
 // Returns true (failed) when the key cannot be opened; nothing changes then.
-bool readRegistry(RegistryKey &key, DisplayFlags &flags, bool &waterDisplayPercent);
+[[nodiscard]] bool readRegistry(RegistryKey &key, DisplayFlags &flags, bool &waterDisplayPercent);
 
 // Opens or creates the key and writes the eight flags as 1-byte values;
 // a key that can be neither opened nor created is skipped silently.

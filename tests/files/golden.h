@@ -22,7 +22,7 @@ inline void fillSmallStore(MeasurementStore &store) {
         {2024, 3, 7, 9, 5, 4, 1234.6f, -5.125f, 999.999f, 0, 0, 2.5f, 0.5f},
         {999, 12, 31, 23, 59, 59, 0.4f, -0.004f, 0.004f, 100, 6, 1e6f, 65535},
     };
-    store.merge(points, 3, MergeMode::Replace);
+    (void)store.merge(points, 3, MergeMode::Replace);
     store.data_changed = true;
 }
 

@@ -38,8 +38,12 @@ void TestPanelStats::texts() {
     auto store = std::make_unique<MeasurementStore>();
     for (int i = 0; i < count; ++i) {
         DataPoint &p = store->dataPoints[size_t(i)];
-        p = DataPoint{.year = int16_t(i == 0 ? firstYear : 2024), .month = 3, .day = 5,
-                      .hour = 4, .minute = 2, .second = uint8_t(i == count - 1 && count > 2 ? 59 : i + 1)};
+        p = DataPoint{.year = int16_t(i == 0 ? firstYear : 2024),
+                      .month = 3,
+                      .day = 5,
+                      .hour = 4,
+                      .minute = 2,
+                      .second = uint8_t(i == count - 1 && count > 2 ? 59 : i + 1)};
     }
     store->dataPoint_count = count;
     QCOMPARE(panel::countText(store->dataPoint_count), countText);
