@@ -1,4 +1,5 @@
 // nakos-monitor: the desktop program.
+#include "core/appoptions.h"
 #include "core/clock.h"
 #include "files/ui/progresswindow.h"
 #include "files/ui/qtfiledialogs.h"
@@ -11,12 +12,39 @@
 #include <QApplication>
 #include <QDir>
 
+#include <cstdio>
+
 int main(int argc, char **argv) {
+    // Read before QApplication exists: help, version and a bad command line
+    // need no display, and must leave settings and folders alone.
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    const AppOptions options = parseAppOptions(arguments);
+    switch (options.action) {
+    case AppOptions::Action::Help:
+        std::fputs(appOptionsHelp().toLocal8Bit().constData(), stdout);
+        return 0;
+    case AppOptions::Action::Version:
+        std::printf("nakos-monitor %s\n", qPrintable(settings::versionText()));
+        return 0;
+    case AppOptions::Action::Fail:
+        std::fprintf(stderr, "nakos-monitor: %s\n", qPrintable(options.error));
+        if (options.usageHint)
+            std::fputs("Try 'nakos-monitor --help' for more information.\n", stderr);
+        return 2;
+    case AppOptions::Action::Run:
+        break;
+    }
+
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("nakos-monitor"));
     // No application display name: Qt would append it to every window
     // caption on X11, and the captions must read exactly as they are set.
     QApplication::setApplicationVersion(settings::versionText());
+    // Ties the windows to the installed desktop entry (icon and name in the
+    // task bar under Wayland).
+    QApplication::setDesktopFileName(QStringLiteral("nakos-monitor"));
 
     WidgetNotifier notifier;
     SystemClock clock;
