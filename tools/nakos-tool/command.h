@@ -19,5 +19,12 @@ struct ToolCommand {
     Run run;
 };
 
-// Prints "nakos-tool: <message>" as one line on standard error; returns 1.
+// Prints "nakos-tool: <message>" as one line on standard error; returns 1,
+// the status of work that failed.
 int toolFail(const QString &message);
+
+// A command line that cannot run: prints "nakos-tool: <message>" on standard
+// error, followed, when command is given, by a line pointing at
+// "nakos-tool <command> --help" (for a wrong option or file count, not for
+// a bad value); returns 2, the status of a bad command line.
+int toolUsage(const QString &message, const char *command = nullptr);

@@ -19,13 +19,14 @@ int convert(const QStringList &args) {
                                            "build does not have yet")
                                 .arg(arg));
         } else if (arg.startsWith(QLatin1String("--"))) {
-            return toolFail(QStringLiteral("convert: unknown option %1").arg(arg));
+            return toolUsage(QStringLiteral("convert: unknown option '%1'").arg(arg), "convert");
         } else {
             files << arg;
         }
     }
     if (files.size() < 2)
-        return toolFail(QStringLiteral("convert: needs at least one INPUT and an OUTPUT"));
+        return toolUsage(QStringLiteral("convert: needs at least one INPUT and an OUTPUT"),
+                         "convert");
     const QString output = files.takeLast();
 
     MeasurementStore store;

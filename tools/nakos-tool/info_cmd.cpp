@@ -25,13 +25,13 @@ int info(const QStringList &args) {
             return toolFail(QStringLiteral(
                 "info: --log needs the sensor log import, which this build does not have yet"));
         if (arg.startsWith(QLatin1String("--")))
-            return toolFail(QStringLiteral("info: unknown option %1").arg(arg));
+            return toolUsage(QStringLiteral("info: unknown option '%1'").arg(arg), "info");
         if (!input.isEmpty())
-            return toolFail(QStringLiteral("info: takes one INPUT"));
+            return toolUsage(QStringLiteral("info: takes one INPUT"), "info");
         input = arg;
     }
     if (input.isEmpty())
-        return toolFail(QStringLiteral("info: needs an INPUT"));
+        return toolUsage(QStringLiteral("info: needs an INPUT"), "info");
 
     MeasurementStore store;
     DataFile dataFile(store);

@@ -65,18 +65,18 @@ int plot(const QStringList &args) {
             const std::optional<ChartQuantity> q =
                 i + 1 < args.size() ? parseQuantity(args[i + 1]) : std::nullopt;
             if (!q)
-                return toolFail(QStringLiteral(
+                return toolUsage(QStringLiteral(
                     "plot: --quantity needs one of water, pressure, temperature, soot"));
             quantity = *q;
             ++i;
         } else if (a.startsWith(QLatin1String("--"))) {
-            return toolFail(QStringLiteral("plot: unknown option '%1'").arg(a));
+            return toolUsage(QStringLiteral("plot: unknown option '%1'").arg(a), "plot");
         } else {
             files << a;
         }
     }
     if (files.size() != 2)
-        return toolFail(QStringLiteral("plot: expected INPUT and OUTPUT"));
+        return toolUsage(QStringLiteral("plot: expected INPUT and OUTPUT"), "plot");
     const QString &input = files[0];
     const QString &output = files[1];
 

@@ -151,7 +151,7 @@ int runRecord(const QStringList &args) {
     QString error;
     const std::optional<RecordArgs> a = parseArgs(args, error);
     if (!a)
-        return toolFail(error);
+        return toolUsage(error, "record");
 
     // The program's engine without its windows: no dialogs, messages on
     // standard error, the settings as the program keeps them.
