@@ -1,5 +1,6 @@
 // nakos-tool convert: native data files in, one native or CSV file out.
 #include "command.h"
+#include "terminalprogress.h"
 
 #include "files/csvexport.h"
 #include "files/datafile.h"
@@ -30,12 +31,15 @@ int convert(const QStringList &args) {
     const QString output = files.takeLast();
 
     MeasurementStore store;
-    DataFile dataFile(store);
+    // Large files take a while: a progress line when someone watches.
+    const std::unique_ptr<TerminalProgress> progress = TerminalProgress::onStandardError();
+    const bool showProgress = progress != nullptr;
+    DataFile dataFile(store, progress.get());
     // The first input replaces the empty store; the others go after it, or
     // before it with --insert, as the Open command's modes do.
     MergeMode mode = MergeMode::Replace;
     for (const QString &input : std::as_const(files)) {
-        const FileResult r = dataFile.dataFile_load(input, mode, false);
+        const FileResult r = dataFile.dataFile_load(input, mode, showProgress);
         if (r.failed())
             return toolFail(QStringLiteral("convert: ") + r.message);
         mode = insert ? MergeMode::InsertBefore : MergeMode::Append;
@@ -43,10 +47,10 @@ int convert(const QStringList &args) {
 
     FileResult written;
     if (output.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive)) {
-        CsvExport csv(store);
-        written = csv.csvFile_export(output, false);
+        CsvExport csv(store, progress.get());
+        written = csv.csvFile_export(output, showProgress);
     } else {
-        written = dataFile.dataFile_save(output, false);
+        written = dataFile.dataFile_save(output, showProgress);
     }
     if (written.failed())
         return toolFail(QStringLiteral("convert: ") + written.message);
