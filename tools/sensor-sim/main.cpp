@@ -2,18 +2,38 @@
 // device path to open, then answers until interrupted.
 #include "sensorsim.h"
 
+#include "core/numbers.h"
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
+#include <climits>
 #include <cstdio>
+#include <optional>
+
+namespace {
+
+// A bad command line: one line on standard error, with a pointer to --help
+// for a wrong option (not for a bad value); 2 is the status of it.
+int usageError(const QString &message, bool hint) {
+    std::fprintf(stderr, "nakos-sensor-sim: %s\n", qPrintable(message));
+    if (hint)
+        std::fputs("Try 'nakos-sensor-sim --help' for more information.\n", stderr);
+    return 2;
+}
+
+} // namespace
 
 int main(int argc, char **argv) {
     QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("nakos-sensor-sim"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(NAKOS_VERSION));
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Simulated oil sensor; prints the device to open and answers "
                        "\"list\", \"alarmlimit get\" and \"calibration get\"."));
-    parser.addHelpOption();
+    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version = parser.addVersionOption();
     const QCommandLineOption device(QStringLiteral("device"),
                                     QStringLiteral("Use this serial device instead of a "
                                                    "new pseudo-terminal."),
@@ -54,20 +74,61 @@ int main(int argc, char **argv) {
                                                      "and exit."));
     parser.addOptions({device, interval, logSize, prefill, seed, stream, alarm, noEcho, garbage,
                        nul, gap, slow, silent, endless, closeMid});
-    parser.process(app);
+    // parse(), not process(): process() ends a bad command line with
+    // status 1, and this program's tools use 2 for it.
+    if (!parser.parse(QCoreApplication::arguments()))
+        return usageError(parser.errorText(), true);
+    if (parser.isSet(help) || parser.isSet(QStringLiteral("help-all"))) {
+        std::fputs(qPrintable(parser.helpText()), stdout);
+        return 0;
+    }
+    if (parser.isSet(version)) {
+        std::printf("nakos-sensor-sim %s\n", NAKOS_VERSION);
+        return 0;
+    }
+    if (!parser.positionalArguments().isEmpty())
+        return usageError(
+            QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().first()),
+            true);
 
     SimOptions options;
-    options.readingIntervalMs = parser.value(interval).toInt();
-    options.logSize = std::max(1, parser.value(logSize).toInt());
-    options.prefill = parser.value(prefill).toInt();
-    options.seed = parser.value(seed).toUInt();
-    options.stream = parser.value(stream).toInt();
-    options.alarmValue = parser.value(alarm).toFloat();
+    int32_t seedValue = 1;
+    const struct {
+        const QCommandLineOption &option;
+        int32_t min;
+        int32_t *value;
+    } numbers[] = {
+        {interval, 0, &options.readingIntervalMs},
+        {logSize, 1, &options.logSize},
+        {prefill, 0, &options.prefill},
+        {seed, 0, &seedValue},
+        {stream, 0, &options.stream},
+        {gap, 0, &options.faults.gapMs},
+        {slow, 0, &options.faults.byteDelayMs},
+    };
+    for (const auto &n : numbers) {
+        if (!parser.isSet(n.option) && parser.value(n.option).isEmpty())
+            continue; // an option without a default that was not given
+        const std::optional<int32_t> v =
+            parseInteger(QStringView(parser.value(n.option)), n.min, INT32_MAX);
+        if (!v)
+            return usageError(QStringLiteral("--%1 takes a whole number of %2 or more, not '%3'")
+                                  .arg(n.option.names().constFirst())
+                                  .arg(n.min)
+                                  .arg(parser.value(n.option)),
+                              false);
+        *n.value = *v;
+    }
+    options.seed = uint32_t(seedValue);
+    bool alarmOk = false;
+    options.alarmValue = parser.value(alarm).toFloat(&alarmOk);
+    if (!alarmOk)
+        return usageError(
+            QStringLiteral("--alarm-value takes a number, not '%1'").arg(parser.value(alarm)),
+            false);
     options.faults.noEcho = parser.isSet(noEcho);
     options.faults.garbage = parser.isSet(garbage);
     options.faults.nulBytes = parser.isSet(nul);
-    options.faults.gapMs = parser.value(gap).toInt();
-    options.faults.byteDelayMs = parser.value(slow).toInt();
     options.faults.silent = parser.isSet(silent);
     options.faults.endless = parser.isSet(endless);
     options.faults.closeMidReply = parser.isSet(closeMid);
