@@ -1,7 +1,9 @@
 #include "device/serialio.h"
 
+#include <QCoreApplication>
 #include <QSerialPort>
 
+#include <cstdio>
 #include <utility>
 
 namespace {
@@ -15,8 +17,11 @@ public:
 
     bool open(const QString &device, int32_t baudRate) override {
         m_port.close();
-        if (device.isEmpty())
+        if (device.isEmpty()) {
+            logOpenFailure(QStringLiteral("no device for this port number (no ComPort<n> setting, "
+                                          "and the system lists fewer serial ports)"));
             return true;
+        }
         m_port.setPortName(device);
         m_port.setBaudRate(baudRate);
         m_port.setDataBits(QSerialPort::Data8);
@@ -24,8 +29,10 @@ public:
         m_port.setStopBits(QSerialPort::OneStop);
         m_port.setFlowControl(QSerialPort::NoFlowControl);
         m_port.setReadBufferSize(8192);
-        if (!m_port.open(QIODevice::ReadWrite))
+        if (!m_port.open(QIODevice::ReadWrite)) {
+            logOpenFailure(QStringLiteral("cannot open %1: %2").arg(device, m_port.errorString()));
             return true;
+        }
         // Lines a port cannot drive (a pseudo-terminal has neither) are not
         // a reason to refuse the exchange.
         m_port.setDataTerminalReady(false);
@@ -54,6 +61,14 @@ public:
     }
 
 private:
+    // The operator only sees "Com port not available"; the technician finds
+    // the reason (permission denied, no such device, busy) on standard
+    // error, one line per failed open, named after the program.
+    static void logOpenFailure(const QString &reason) {
+        std::fprintf(stderr, "%s: %s\n", qPrintable(QCoreApplication::applicationName()),
+                     qPrintable(reason));
+    }
+
     void onError(QSerialPort::SerialPortError error) {
         if (!m_port.isOpen())
             return;

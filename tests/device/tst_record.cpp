@@ -121,11 +121,17 @@ void TestRecord::badCommandLines() {
     Run run(dir, args);
     QVERIFY(run.finish());
     QVERIFY(run.process.exitCode() != 0);
-    // One line names the failure; a missing port warns once before it.
+    // One line names the failure. A port that cannot be opened comes before
+    // it: its device and the system's reason, then the warning, once.
     const QList<QByteArray> lines = run.toolLines();
-    QCOMPARE(lines.size(), error.isEmpty() ? 2 : 1);
-    if (!error.isEmpty())
+    QCOMPARE(lines.size(), error.isEmpty() ? 3 : 1);
+    if (!error.isEmpty()) {
         QCOMPARE(lines.last(), "nakos-tool: " + error);
+        return;
+    }
+    const QByteArray opening = "nakos-tool: cannot open /nonexistent/tty: ";
+    QVERIFY2(lines[0].startsWith(opening) && lines[0].size() > opening.size(), lines[0]);
+    QCOMPARE(lines[1], "nakos-tool: Com port not available");
 }
 
 QTEST_GUILESS_MAIN(TestRecord)
