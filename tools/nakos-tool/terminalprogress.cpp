@@ -2,7 +2,23 @@
 
 #include <algorithm>
 
+#ifdef Q_OS_WIN
+#include <io.h>
+#else
 #include <unistd.h>
+#endif
+
+namespace {
+
+bool standardErrorIsTerminal() {
+#ifdef Q_OS_WIN
+    return _isatty(_fileno(stderr)) != 0;
+#else
+    return isatty(fileno(stderr)) != 0;
+#endif
+}
+
+} // namespace
 
 TerminalProgress::TerminalProgress(std::FILE *out, qint64 delayMs)
     : m_out(out), m_delayMs(delayMs) {
@@ -14,7 +30,7 @@ TerminalProgress::~TerminalProgress() {
 }
 
 std::unique_ptr<TerminalProgress> TerminalProgress::onStandardError() {
-    if (!::isatty(::fileno(stderr)))
+    if (!standardErrorIsTerminal())
         return nullptr;
     return std::make_unique<TerminalProgress>(stderr, 500);
 }
