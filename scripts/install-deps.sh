@@ -1,5 +1,7 @@
 #!/usr/bin/env bash
-# Installs the Debian packages needed to build, run and test the program.
+# Installs the Debian packages needed to build, run and test the program;
+# --test adds what the tests need, --package what making the Debian package
+# needs.
 # Quick when everything is there already: apt is only called for what is
 # missing. Works as root, uses sudo otherwise.
 set -euo pipefail
@@ -9,11 +11,18 @@ packages=(
     qt6-base-dev qt6-base-dev-tools qt6-serialport-dev libgl-dev
     qt6-qpa-plugins fonts-dejavu-core
 )
-# Extra tools for the tests and for looking at the program without a desktop.
-if [[ "${1:-}" == "--test" ]]; then
-    # poppler-utils: pdfinfo and pdftoppm read the printed PDFs back.
-    packages+=(xvfb xauth clang-format poppler-utils)
-fi
+for option in "$@"; do
+    case "$option" in
+    # Extra tools for the tests and for looking at the program without a
+    # desktop. poppler-utils: pdfinfo and pdftoppm read the printed PDFs
+    # back; desktop-file-utils checks the desktop entry.
+    --test) packages+=(xvfb xauth clang-format poppler-utils desktop-file-utils) ;;
+    # The Debian package: dpkg-shlibdeps computes its dependencies from the
+    # binaries, which cpack picks out with file.
+    --package) packages+=(dpkg-dev file) ;;
+    *) echo "install-deps: unknown option $option (--test, --package)" >&2; exit 2 ;;
+    esac
+done
 
 missing=()
 for p in "${packages[@]}"; do
