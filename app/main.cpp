@@ -3,7 +3,10 @@
 #include "core/clock.h"
 #include "files/ui/progresswindow.h"
 #include "files/ui/qtfiledialogs.h"
+#include "device/devicelink.h"
+#include "gui/demosensor.h"
 #include "gui/mainwindow.h"
+#include "panel/ui/controlpanel.h"
 #include "gui/widgetnotifier.h"
 #include "session/monitorsession.h"
 #include "settings/registrykey.h"
@@ -11,6 +14,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QPushButton>
 
 #include <cstdio>
 
@@ -55,7 +59,20 @@ int main(int argc, char **argv) {
     progress->setParent(&window, Qt::Tool);
     notifier.setParent(&window);
     dialogs.setParent(&window);
+    if (options.queryInterval_ms > 0)
+        session.link().setQueryInterval(options.queryInterval_ms);
+    if (options.demo) {
+        QString error;
+        if (startDemoSensor(session, &window, error).isEmpty())
+            std::fprintf(stderr, "nakos-monitor: %s\n", qPrintable(error));
+    }
     window.startUp(QDir::currentPath());
     window.show();
+    // A recording station resumes on its own: the port chosen and the query
+    // started as the operator's clicks would.
+    if (options.port > 0)
+        window.controlPanel()->selectPort(options.port);
+    if (options.startQuery)
+        window.controlPanel()->Command1->click();
     return app.exec();
 }

@@ -73,24 +73,29 @@ AppOptions parseAppOptions(const QStringList &arguments) {
             if (hasInlineValue)
                 return failed(QStringLiteral("option '--%1' takes no value").arg(name), true);
             (name == QLatin1String("demo") ? options.demo : options.startQuery) = true;
-        } else if (name == QLatin1String("port")) {
+        } else if (name == QLatin1String("port") || name == QLatin1String("query-interval")) {
+            const bool port = name == QLatin1String("port");
             QString value;
             if (hasInlineValue) {
                 value = arg.mid(eq + 1);
             } else if (i + 1 < arguments.size()) {
                 value = arguments[++i];
             } else {
-                return failed(QStringLiteral("option '--port' needs a value"), true);
+                return failed(QStringLiteral("option '--%1' needs a value").arg(name), true);
             }
-            const std::optional<int32_t> n =
-                parseInteger(QStringView(value), AppOptions::firstPort, AppOptions::lastPort);
+            const int low = port ? AppOptions::firstPort : AppOptions::minInterval_ms;
+            const int high = port ? AppOptions::lastPort : AppOptions::maxInterval_ms;
+            const std::optional<int32_t> n = parseInteger(QStringView(value), low, high);
             if (!n)
-                return failed(QStringLiteral("--port takes a port number from %1 to %2, not '%3'")
-                                  .arg(AppOptions::firstPort)
-                                  .arg(AppOptions::lastPort)
+                return failed(QStringLiteral("--%1 takes a %2 from %3 to %4, not '%5'")
+                                  .arg(name)
+                                  .arg(port ? QStringLiteral("port number")
+                                            : QStringLiteral("period in milliseconds"))
+                                  .arg(low)
+                                  .arg(high)
                                   .arg(value),
                               false);
-            options.port = *n;
+            (port ? options.port : options.queryInterval_ms) = *n;
         } else {
             return failed(QStringLiteral("unknown option '%1'").arg(arg), true);
         }
@@ -107,6 +112,8 @@ QString appOptionsHelp() {
         "  --demo         run the built-in simulated sensor and lead \"COM 1\" to it\n"
         "  --port N       select \"COM N\" (N from 1 to 19) at start-up\n"
         "  --start-query  start the query at the end of start-up\n"
+        "  --query-interval MS\n"
+        "                 poll every MS milliseconds instead of 4000 (for tests)\n"
         "  -h, --help     show this help and exit\n"
         "  -v, --version  show the version and exit\n"
         "\n"

@@ -67,6 +67,8 @@ void TestAppOptions::parse_data() {
         << Action::Fail << false << 0 << false << QStringLiteral("not '2.5'") << false;
     QTest::newRow("empty port") << args("--port=")
         << Action::Fail << false << 0 << false << QStringLiteral("not ''") << false;
+    QTest::newRow("poll period too short") << args("--query-interval 99")
+        << Action::Fail << false << 0 << false << QStringLiteral("from 100 to 600000, not '99'") << false;
     // clang-format on
 }
 
@@ -88,6 +90,10 @@ void TestAppOptions::parse() {
     QTEST(o.demo, "demo");
     QTEST(o.port, "port");
     QTEST(o.startQuery, "startQuery");
+    QCOMPARE(o.queryInterval_ms, 0);
+    QCOMPARE(parseAppOptions(args + QStringList{QStringLiteral("--query-interval=500")})
+                 .queryInterval_ms,
+             500);
 }
 
 QTEST_GUILESS_MAIN(TestAppOptions)
