@@ -24,6 +24,9 @@
 #include <QTest>
 
 #include <algorithm>
+#include <deque>
+#include <memory>
+#include <string_view>
 #include <vector>
 
 namespace {
