@@ -4,6 +4,7 @@
 #include "core/store.h"
 #include "device/metareply.h"
 
+#include <algorithm>
 #include <utility>
 
 DeviceLink::DeviceLink(MeasurementStore &store, Notifier &notifier, QObject *parent)
@@ -170,8 +171,12 @@ void DeviceLink::onReadyRead() {
     const QByteArray bytes = m_io->readAll();
     if (!m_active || !Timer_comTimeOut.isActive())
         return; // nothing is collecting: these bytes belong to no exchange
-    if (m_reply.size() + bytes.size() <= kMaxReplyBytes)
-        m_reply += bytes;
+    // Past the cap only the start of the reply is kept: a piece taken after
+    // a dropped one would join two lines into one that the sensor never
+    // sent, with the stamp of one reading and the values of another.
+    const qsizetype room = kMaxReplyBytes - m_reply.size();
+    if (room > 0)
+        m_reply.append(bytes.constData(), std::min(room, bytes.size()));
     if (!bytes.isEmpty())
         Timer_comTimeOut.start(kSilenceMs);
 }

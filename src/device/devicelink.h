@@ -35,8 +35,12 @@ public:
     static constexpr int kSilenceMs = 200;
     static constexpr int kQueryIntervalMs = 4000;
     // A talker that never stops keeps its exchange alive; beyond this many
-    // bytes its output is still consumed but no longer kept.
-    static constexpr qsizetype kMaxReplyBytes = 64 * 1024 * 1024;
+    // bytes its output is still consumed but no longer kept, and the reply
+    // is the first kMaxReplyBytes it sent. 1 MiB is some 90 s of talk at
+    // 115200 baud, about 10000 reading lines, while an honest poll brings a
+    // few kilobytes every 4 s; the cap bounds both the memory an exchange
+    // holds and the time the user interface spends parsing what it kept.
+    static constexpr qsizetype kMaxReplyBytes = 1024 * 1024;
 
     DeviceLink(MeasurementStore &store, Notifier &notifier, QObject *parent = nullptr);
     ~DeviceLink() override;
@@ -81,11 +85,14 @@ public:
     bool noPortWarned() const { return m_noPortWarned; }
     bool pollRunning() const { return m_pollRunning; }
     bool exchangeRunning() const { return m_active; }
+    // The bytes kept so far of the reply being collected.
+    qsizetype replyBytes() const { return m_reply.size(); }
     bool queryRunning() const { return Timer_queryTiming.isActive(); }
     // The device the next exchange will open, and the one behind any port
     // number.
     QString portDevice() const { return deviceFor(comPort); }
     QString deviceFor(int port) const { return comPort_device(port, m_configured); }
+    QStringList devicesUpTo(int count) const { return comPort_devices(count, m_configured); }
 
     // Written by the control panel; read at every open.
     int16_t comPort = 1;

@@ -4,6 +4,27 @@
 
 #include <algorithm>
 
+QStringList comPort_devices(int count, const ConfiguredPort &configured) {
+    QStringList devices;
+#ifdef Q_OS_WIN
+    Q_UNUSED(configured);
+    for (int n = 1; n <= count; ++n)
+        devices << QStringLiteral("COM%1").arg(n);
+#else
+    // The system's list is asked once: it takes a while on some machines.
+    QStringList locations;
+    const QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();
+    for (const QSerialPortInfo &info : ports)
+        locations << info.systemLocation();
+    std::sort(locations.begin(), locations.end());
+    for (int n = 1; n <= count; ++n) {
+        const QString path = configured ? configured(n) : QString();
+        devices << (!path.isEmpty() ? path : n <= locations.size() ? locations[n - 1] : QString());
+    }
+#endif
+    return devices;
+}
+
 QString comPort_device(int comPort, const ConfiguredPort &configured) {
 #ifdef Q_OS_WIN
     Q_UNUSED(configured);
@@ -16,11 +37,6 @@ QString comPort_device(int comPort, const ConfiguredPort &configured) {
     }
     if (comPort < 1)
         return {};
-    QStringList locations;
-    const QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();
-    for (const QSerialPortInfo &info : ports)
-        locations << info.systemLocation();
-    std::sort(locations.begin(), locations.end());
-    return comPort <= locations.size() ? locations[comPort - 1] : QString();
+    return comPort_devices(comPort, {}).value(comPort - 1);
 #endif
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -11,3 +12,5 @@
 // there is no such port.
 using ConfiguredPort = std::function<QString(int comPort)>;
 QString comPort_device(int comPort, const ConfiguredPort &configured);
+// The devices of port numbers 1 .. count, asking the system's list once.
+QStringList comPort_devices(int count, const ConfiguredPort &configured);

@@ -193,9 +193,9 @@ void TestDeviceLink::unplugMidReplyEndsCleanly() {
 }
 
 void TestDeviceLink::endlessTalkerKeepsExchangeAliveAndSkipsTicks() {
-    SimFaults endless;
-    endless.endless = true;
-    Rig rig(4, endless);
+    SimFaults flood;
+    flood.flood = true;
+    Rig rig(4, flood);
     QSignalSpy polled(&rig.link, &DeviceLink::listPolled);
     QSignalSpy commands(&rig.sim, &SensorSimulator::commandReceived);
     int otherTimerTicks = 0;
@@ -205,8 +205,11 @@ void TestDeviceLink::endlessTalkerKeepsExchangeAliveAndSkipsTicks() {
     rig.link.setQueryInterval(100);
     rig.link.com_startQuery();
     // While the sensor talks, the exchange stays open, other timers keep
-    // running and the query ticks find the poll busy and are skipped.
-    QVERIFY(!polled.wait(800));
+    // running, the query ticks find the poll busy and are skipped, and no
+    // more of the reply is kept than the cap.
+    QTRY_COMPARE_WITH_TIMEOUT(rig.link.replyBytes(), DeviceLink::kMaxReplyBytes, kWaitMs);
+    QVERIFY(!polled.wait(400));
+    QCOMPARE(rig.link.replyBytes(), DeviceLink::kMaxReplyBytes);
     QVERIFY(rig.link.exchangeRunning() && rig.link.pollRunning());
     QVERIFY(otherTimerTicks > 10);
     QCOMPARE(commands.size(), 1);
@@ -217,7 +220,18 @@ void TestDeviceLink::endlessTalkerKeepsExchangeAliveAndSkipsTicks() {
     QVERIFY(polled.wait(kWaitMs));
     QVERIFY(!commands.wait(400));
     QCOMPARE(commands.size(), 1);
-    QCOMPARE(polled.first().first().value<ListReplyResult>().added, 4);
+    // What was kept is the beginning of what the sensor sent, so every line
+    // read from it is one the sensor sent whole.
+    QByteArray sent = rig.sim.replyTo("list");
+    for (size_t i = 0; sent.size() < DeviceLink::kMaxReplyBytes; ++i)
+        sent += rig.sim.logLines()[i % 4] + "\r\n";
+    sent.truncate(DeviceLink::kMaxReplyBytes);
+    auto expected = std::make_unique<MeasurementStore>();
+    const ListReplyResult want = applyListReply(sent, *expected);
+    const auto got = polled.first().first().value<ListReplyResult>();
+    QCOMPARE(got.added, 4);
+    QCOMPARE(got.invalid, 0);
+    QCOMPARE(got.lines, want.lines);
 }
 
 QTEST_GUILESS_MAIN(TestDeviceLink)

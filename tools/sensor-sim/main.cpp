@@ -69,11 +69,13 @@ int main(int argc, char **argv) {
     const QCommandLineOption silent(QStringLiteral("silent"), QStringLiteral("Never answer."));
     const QCommandLineOption endless(QStringLiteral("endless"),
                                      QStringLiteral("Keep sending readings after \"list\"."));
+    const QCommandLineOption flood(QStringLiteral("flood"),
+                                   QStringLiteral("As --endless, as fast as the port takes it."));
     const QCommandLineOption closeMid(QStringLiteral("close-mid-reply"),
                                       QStringLiteral("Close the port half way through a reply "
                                                      "and exit."));
     parser.addOptions({device, interval, logSize, prefill, seed, stream, alarm, noEcho, garbage,
-                       nul, gap, slow, silent, endless, closeMid});
+                       nul, gap, slow, silent, endless, flood, closeMid});
     // parse(), not process(): process() ends a bad command line with
     // status 1, and this program's tools use 2 for it.
     if (!parser.parse(QCoreApplication::arguments()))
@@ -131,6 +133,7 @@ int main(int argc, char **argv) {
     options.faults.nulBytes = parser.isSet(nul);
     options.faults.silent = parser.isSet(silent);
     options.faults.endless = parser.isSet(endless);
+    options.faults.flood = parser.isSet(flood);
     options.faults.closeMidReply = parser.isSet(closeMid);
 
     SensorSimulator sim(options);

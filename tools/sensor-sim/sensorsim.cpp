@@ -117,7 +117,7 @@ void SensorSimulator::close() {
 
 void SensorSimulator::setFaults(const SimFaults &faults) {
     m_options.faults = faults;
-    if (!faults.endless)
+    if (!faults.endless && !faults.flood)
         m_endlessTimer.stop();
 }
 
@@ -206,7 +206,7 @@ void SensorSimulator::handleCommand(const QByteArray &command) {
     } else {
         m_segments.push_back({Segment::Bytes, reply, 0});
     }
-    if (f.endless && command.trimmed().toLower() == "list")
+    if ((f.endless || f.flood) && command.trimmed().toLower() == "list")
         m_segments.push_back({Segment::Endless, {}, 0});
     if (!m_segmentTimer.isActive())
         sendNext();
@@ -297,7 +297,11 @@ void SensorSimulator::sendNext() {
 void SensorSimulator::onEndlessTick() {
     if (m_log.empty() || m_out.size() > kMaxPendingOut)
         return;
-    m_out += m_log[m_endlessNext++ % m_log.size()] + "\r\n";
+    // A flood keeps the line full, so a client sees far more than a real
+    // port's 11 kB a second: its limits show within a test's time.
+    do {
+        m_out += m_log[m_endlessNext++ % m_log.size()] + "\r\n";
+    } while (m_options.faults.flood && m_out.size() < kMaxPendingOut);
     flushOut();
 }
 

@@ -25,6 +25,7 @@ struct SimFaults {
     int byteDelayMs = 0;        // every byte sent on its own, this far apart
     bool silent = false;        // commands are read but never answered
     bool endless = false;       // after the "list" reply, readings keep coming
+    bool flood = false;         // as endless, but as fast as the line takes them
     bool closeMidReply = false; // the port goes away half way through a reply
 };
 

@@ -162,9 +162,9 @@ void ControlPanel::selectStream(int16_t stream) {
 }
 
 void ControlPanel::updatePortTips() {
-    const DeviceLink &link = m_session.link();
+    const QStringList devices = m_session.link().devicesUpTo(Combo1->count());
     for (int i = 0; i < Combo1->count(); ++i) {
-        const QString device = link.deviceFor(i + 1);
+        const QString &device = devices[i];
         Combo1->setItemData(i, device.isEmpty() ? QStringLiteral("no such port") : device,
                             Qt::ToolTipRole);
     }

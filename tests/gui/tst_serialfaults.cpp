@@ -1,0 +1,351 @@
+// Serial faults with the program running headless: the session (or the main
+// window, offscreen, where the window matters) polls the simulated sensor
+// on a real pseudo-terminal while the port or the sensor misbehaves. Under
+// every fault the store keeps the points it had and takes no reading the
+// sensor did not send, and once the fault is gone polling brings readings
+// again. The exchange rules themselves are the link test's business.
+#include "chart/ui/chartset.h"
+#include "chart/ui/dataview.h"
+#include "device/devicelink.h"
+#include "device/listreply.h"
+#include "gui/mainwindow.h"
+#include "panel/ui/controlpanel.h"
+#include "sensorsim.h"
+#include "support/sessionfixture.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QFileInfo>
+#include <QLabel>
+#include <QProcess>
+#include <QPushButton>
+#include <QSerialPort>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <algorithm>
+#include <deque>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+constexpr int kWaitMs = 10000;
+constexpr int kHeld = 20; // points in the store before the query starts
+
+enum class Fault {
+    Missing,       // no device at the configured path
+    Locked,        // another QSerialPort holds it (and its lock file)
+    HeldElsewhere, // another process holds it open without a lock
+    Vanishes,      // the pseudo-terminal is closed mid-reply
+    GarbageAndNul,
+    NoEcho,
+    Gap100,
+    Gap400,
+    LargeReply,
+};
+// How much of the sensor's log the polls bring while the fault lasts.
+enum class During { None, Part, All };
+
+// Readings of a day long ago, so no reading of the sensor (stamped now) is
+// taken for one of them.
+std::vector<DataPoint> heldPoints(int n) {
+    std::vector<DataPoint> points(static_cast<size_t>(n));
+    for (int i = 0; i < n; ++i) {
+        const int day = i / 86400;
+        points[size_t(i)] = DataPoint{.year = 2001,
+                                      .month = uint8_t(1 + day / 28 % 12),
+                                      .day = uint8_t(1 + day % 28),
+                                      .hour = uint8_t(i / 3600 % 24),
+                                      .minute = uint8_t(i / 60 % 60),
+                                      .second = uint8_t(i % 60),
+                                      .water = float(100 + i % 400),
+                                      .temperature = 40.0f,
+                                      .pressure = 1013.0f,
+                                      .soot = 0.1f,
+                                      .stream = 1};
+    }
+    return points;
+}
+
+bool samePoint(const DataPoint &a, const DataPoint &b) {
+    return a.year == b.year && a.month == b.month && a.day == b.day && a.hour == b.hour &&
+           a.minute == b.minute && a.second == b.second && a.water == b.water &&
+           a.temperature == b.temperature && a.pressure == b.pressure && a.soot == b.soot &&
+           a.stream == b.stream && a.adc_meas == b.adc_meas && a.adc_ref == b.adc_ref;
+}
+
+// The store still begins with the points it held.
+bool keeps(const MeasurementStore &store, const std::vector<DataPoint> &held) {
+    return store.dataPoint_count >= int(held.size()) &&
+           std::equal(held.begin(), held.end(), store.dataPoints.begin(), samePoint);
+}
+
+// After the held points the store holds the sensor's log, in its order, each
+// reading exactly as the sensor logged it, and nothing else.
+bool holdsLog(const MeasurementStore &store, int from, const std::deque<QByteArray> &log) {
+    if (store.dataPoint_count != from + int(log.size()))
+        return false;
+    for (size_t i = 0; i < log.size(); ++i) {
+        DataPoint p;
+        if (!parseListLine(std::string_view(log[i].constData(), size_t(log[i].size())), p) ||
+            !samePoint(p, store.dataPoints[size_t(from) + i]))
+            return false;
+    }
+    return true;
+}
+
+SimOptions simOptions(int logged, SimFaults faults) {
+    SimOptions o;
+    o.readingIntervalMs = 0; // the tests log readings themselves
+    o.prefill = logged;
+    o.logSize = 400;
+    o.faults = faults;
+    return o;
+}
+
+// A session, or with `window` the main window over it, started in its own
+// folder, every port number leading to `device`, polling every 100 ms.
+struct Rig : SessionFixture {
+    Rig(int logged, SimFaults faults, bool window = false) : sim(simOptions(logged, faults)) {
+        if (sim.open())
+            qFatal("cannot open a pseudo-terminal");
+        device = sim.portPath();
+        link().setConfiguredPort([this](int) { return device; });
+        link().setQueryInterval(100);
+        if (window) {
+            main = std::make_unique<MainWindow>(session);
+            main->startUp(dir.path());
+        } else {
+            start();
+        }
+    }
+    DeviceLink &link() { return session.link(); }
+    std::vector<DataPoint> hold(int n) {
+        std::vector<DataPoint> points = heldPoints(n);
+        if (store().merge(points.data(), n, MergeMode::Replace))
+            qFatal("cannot fill the store");
+        return points;
+    }
+
+    SensorSimulator sim;
+    QString device;
+    std::unique_ptr<MainWindow> main;
+};
+
+} // namespace
+
+class TestSerialFaults : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void faults_data();
+    void faults();
+    void floodKeepsTheWindowUsable();
+    void fullStore_data();
+    void fullStore();
+};
+
+void TestSerialFaults::faults_data() {
+    QTest::addColumn<Fault>("fault");
+    QTest::addColumn<During>("during");
+    QTest::addColumn<bool>("warned"); // one "Com port not available" box
+    QTest::newRow("port missing") << Fault::Missing << During::None << true;
+    QTest::newRow("port locked by another open") << Fault::Locked << During::None << true;
+    // QSerialPort refuses a port that another one holds (its lock file), or
+    // whose holder made it exclusive (not for root); a plain open elsewhere
+    // goes unnoticed, and both then read from the line.
+    QTest::newRow("port open in another process: not refused")
+        << Fault::HeldElsewhere << During::All << false;
+    QTest::newRow("device gone mid-reply") << Fault::Vanishes << During::Part << true;
+    QTest::newRow("garbage and NUL bytes") << Fault::GarbageAndNul << During::All << false;
+    QTest::newRow("no echo") << Fault::NoEcho << During::None << false;
+    QTest::newRow("100 ms gaps: replies whole") << Fault::Gap100 << During::All << false;
+    QTest::newRow("400 ms gaps: replies cut") << Fault::Gap400 << During::Part << false;
+    QTest::newRow("reply beyond the 8192-byte buffer") << Fault::LargeReply << During::All << false;
+}
+
+void TestSerialFaults::faults() {
+    QFETCH(Fault, fault);
+    QFETCH(During, during);
+    QFETCH(bool, warned);
+    SimFaults faults;
+    faults.closeMidReply = fault == Fault::Vanishes;
+    faults.garbage = faults.nulBytes = fault == Fault::GarbageAndNul;
+    faults.noEcho = fault == Fault::NoEcho;
+    faults.gapMs = fault == Fault::Gap100 ? 100 : fault == Fault::Gap400 ? 400 : 0;
+    Rig r(fault == Fault::LargeReply ? 300 : 10, faults);
+    if (fault == Fault::LargeReply)
+        QVERIFY(r.sim.replyTo("list").size() > 3 * 8192);
+    const std::vector<DataPoint> held = r.hold(kHeld);
+    const int logged = int(r.sim.logLines().size());
+
+    QSerialPort holder;
+    QProcess other;
+    if (fault == Fault::Missing) {
+        r.device = r.dir.filePath(QStringLiteral("ttyGone"));
+    } else if (fault == Fault::Locked) {
+        holder.setPortName(r.device);
+        QVERIFY(holder.open(QIODevice::ReadWrite));
+    } else if (fault == Fault::HeldElsewhere) {
+        // The shell opens the terminal, so it can never become this
+        // process's controlling terminal.
+        other.start(QStringLiteral("sh"),
+                    {QStringLiteral("-c"), QStringLiteral("exec sleep 60 <\"$0\""), r.device});
+        QVERIFY(other.waitForStarted());
+        const QString fd0 = QStringLiteral("/proc/%1/fd/0").arg(other.processId());
+        QTRY_COMPARE(QFileInfo(fd0).symLinkTarget(), r.device);
+    }
+
+    DeviceLink &link = r.link();
+    QSignalSpy polled(&link, &DeviceLink::listPolled);
+    QSignalSpy unplugged(&r.sim, &SensorSimulator::unplugged);
+    bool keptAlong = true;
+    connect(&link, &DeviceLink::listPolled, this,
+            [&] { keptAlong = keptAlong && keeps(r.store(), held); });
+    link.com_startQuery();
+    // The first poll asks for the list only, the second is a whole tick.
+    QTRY_VERIFY_WITH_TIMEOUT(polled.size() >= 2, kWaitMs);
+    const int added = r.store().dataPoint_count - kHeld;
+    if (during == During::None)
+        QCOMPARE(added, 0);
+    else if (during == During::Part)
+        QVERIFY2(added > 0 && added < logged, qPrintable(QString::number(added)));
+    else
+        QCOMPARE(added, logged);
+    QCOMPARE(r.notifier.shown.size(), warned ? 1 : 0);
+
+    // The fault goes; the next polls bring what was missing and a new reading.
+    if (fault == Fault::Missing) {
+        r.device = r.sim.portPath();
+    } else if (fault == Fault::Locked) {
+        holder.close();
+    } else if (fault == Fault::HeldElsewhere) {
+        other.kill();
+        QVERIFY(other.waitForFinished());
+    } else if (fault == Fault::Vanishes) {
+        QCOMPARE(unplugged.size(), 1);
+        r.sim.setFaults({});
+        QVERIFY(!r.sim.open()); // plugged in again, as a new device
+        r.device = r.sim.portPath();
+    } else {
+        r.sim.setFaults({});
+    }
+    r.sim.addReading();
+    QTRY_COMPARE_WITH_TIMEOUT(r.store().dataPoint_count, kHeld + logged + 1, kWaitMs);
+    link.com_stopQuery();
+    QTRY_VERIFY_WITH_TIMEOUT(!link.pollRunning(), kWaitMs);
+    QVERIFY(keptAlong && keeps(r.store(), held));
+    QVERIFY(holdsLog(r.store(), kHeld, r.sim.logLines()));
+    QCOMPARE(r.notifier.shown.size(), warned ? 1 : 0);
+    if (warned)
+        QCOMPARE(r.notifier.shown.first().text, QStringLiteral("Com port not available"));
+}
+
+void TestSerialFaults::floodKeepsTheWindowUsable() {
+    SimFaults flood;
+    flood.flood = true;
+    Rig r(10, flood, true);
+    const std::vector<DataPoint> held = r.hold(kHeld);
+    const int logged = int(r.sim.logLines().size());
+    ControlPanel &panel = *r.main->controlPanel();
+    DeviceLink &link = r.link();
+    QSignalSpy polled(&link, &DeviceLink::listPolled);
+    QSignalSpy commands(&r.sim, &SensorSimulator::commandReceived);
+
+    panel.Command1->click();
+    QTRY_COMPARE_WITH_TIMEOUT(link.replyBytes(), DeviceLink::kMaxReplyBytes, kWaitMs);
+
+    // While the line floods, a chart window repaints when asked and a menu
+    // command's dialog opens and closes.
+    DataView *chart = r.main->charts()->slot(0);
+    int paints = 0;
+    struct PaintCounter : QObject {
+        int &n;
+        explicit PaintCounter(int &count) : n(count) {}
+        bool eventFilter(QObject *, QEvent *e) override {
+            n += e->type() == QEvent::Paint;
+            return false;
+        }
+    } counter(paints);
+    chart->installEventFilter(&counter);
+    chart->update();
+    QTRY_VERIFY_WITH_TIMEOUT(paints > 0, kWaitMs);
+    chart->removeEventFilter(&counter);
+    bool aboutShown = false;
+    QTimer::singleShot(100, this, [&] {
+        if (QWidget *dialog = QApplication::activeModalWidget()) {
+            aboutShown = true;
+            dialog->close();
+        }
+    });
+    r.main->q_about->trigger();
+    QVERIFY(aboutShown);
+    // The kept reply stays at its cap, and the store as it was.
+    QVERIFY(link.exchangeRunning());
+    QCOMPARE(link.replyBytes(), DeviceLink::kMaxReplyBytes);
+    QCOMPARE(r.store().dataPoint_count, kHeld);
+
+    // "Stop Query Timer" ends the polling; the poll under way ends when the
+    // line falls quiet and brings its readings.
+    panel.Command1->click();
+    QCOMPARE(panel.Command1->text(), QStringLiteral("Start Query Timer"));
+    QVERIFY(!link.queryRunning());
+    r.sim.setFaults({});
+    QVERIFY(polled.wait(kWaitMs));
+    QVERIFY(keeps(r.store(), held));
+    QVERIFY(holdsLog(r.store(), kHeld, r.sim.logLines()));
+    QVERIFY(!commands.wait(500)); // no exchange after the stop
+    QCOMPARE(commands.size(), 1);
+
+    r.sim.addReading();
+    panel.Command1->click();
+    QTRY_COMPARE_WITH_TIMEOUT(r.store().dataPoint_count, kHeld + logged + 1, kWaitMs);
+    panel.Command1->click();
+    QTRY_VERIFY_WITH_TIMEOUT(!link.pollRunning(), kWaitMs);
+    QVERIFY(r.notifier.shown.isEmpty());
+}
+
+void TestSerialFaults::fullStore_data() {
+    QTest::addColumn<int>("held");
+    QTest::newRow("filled to one short") << MeasurementStore::capacity - 11;
+    QTest::newRow("more readings than room") << MeasurementStore::capacity - 4;
+    QTest::newRow("full") << MeasurementStore::capacity;
+}
+
+// Polls at the store's capacity fill it up to the last entry and no
+// further (the sanitizer build watches the arrays of the store and the
+// charts), and the panel says when it is full.
+void TestSerialFaults::fullStore() {
+    QFETCH(int, held);
+    constexpr int logged = 10;
+    constexpr int capacity = MeasurementStore::capacity;
+    Rig r(logged, {}, true);
+    const std::vector<DataPoint> before = r.hold(held);
+    ControlPanel &panel = *r.main->controlPanel();
+    QSignalSpy polled(&r.link(), &DeviceLink::listPolled);
+    const auto lastPoll = [&] { return polled.last().first().value<ListReplyResult>(); };
+    panel.Command1->click();
+    QVERIFY(polled.wait(kWaitMs));
+    const int count = std::min(capacity, held + logged);
+    QCOMPARE(lastPoll().added, count - held);
+    QCOMPARE(lastPoll().full, held + logged - count);
+    QCOMPARE(r.store().dataPoint_count, count);
+    QTRY_COMPARE(panel.Label1_data->text(),
+                 count == capacity ? QStringLiteral("DATA POINT MEMORY FULL!")
+                                   : QStringLiteral("%1 data points in memory").arg(count));
+
+    // The next poll that sees a new reading stores it in the last entry or
+    // drops it, and polling goes on without a message.
+    r.sim.addReading();
+    QTRY_VERIFY_WITH_TIMEOUT(lastPoll().lines == logged + 1, kWaitMs);
+    panel.Command1->click();
+    QTRY_VERIFY_WITH_TIMEOUT(!r.link().pollRunning(), kWaitMs);
+    QCOMPARE(r.store().dataPoint_count, std::min(capacity, count + 1));
+    QVERIFY(keeps(r.store(), before));
+    QTRY_COMPARE(panel.Label1_data->text(), QStringLiteral("DATA POINT MEMORY FULL!"));
+    QVERIFY(r.notifier.shown.isEmpty());
+}
+
+QTEST_MAIN(TestSerialFaults)
+#include "tst_serialfaults.moc"
