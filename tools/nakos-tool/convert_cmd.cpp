@@ -1,5 +1,7 @@
-// nakos-tool convert: native data files in, one native or CSV file out.
+// nakos-tool convert: native data files or sensor logs in, one native or
+// CSV file out.
 #include "command.h"
+#include "inputs.h"
 
 #include "files/csvexport.h"
 #include "files/datafile.h"
@@ -10,14 +12,17 @@ namespace {
 
 int convert(const QStringList &args) {
     bool insert = false;
+    InputKind kind = InputKind::DataFile;
     QStringList files;
     for (const QString &arg : args) {
         if (arg == QLatin1String("--insert")) {
             insert = true;
         } else if (arg == QLatin1String("--log") || arg == QLatin1String("--chain")) {
-            return toolFail(QStringLiteral("convert: %1 needs the sensor log import, which this "
-                                           "build does not have yet")
-                                .arg(arg));
+            const InputKind k =
+                arg == QLatin1String("--log") ? InputKind::LogFile : InputKind::Chain;
+            if (kind != InputKind::DataFile && kind != k)
+                return toolFail(QStringLiteral("convert: --log and --chain exclude each other"));
+            kind = k;
         } else if (arg.startsWith(QLatin1String("--"))) {
             return toolFail(QStringLiteral("convert: unknown option %1").arg(arg));
         } else {
@@ -29,17 +34,11 @@ int convert(const QStringList &args) {
     const QString output = files.takeLast();
 
     MeasurementStore store;
-    DataFile dataFile(store);
-    // The first input replaces the empty store; the others go after it, or
-    // before it with --insert, as the Open command's modes do.
-    MergeMode mode = MergeMode::Replace;
-    for (const QString &input : std::as_const(files)) {
-        const FileResult r = dataFile.dataFile_load(input, mode, false);
-        if (r.failed())
-            return toolFail(QStringLiteral("convert: ") + r.message);
-        mode = insert ? MergeMode::InsertBefore : MergeMode::Append;
-    }
+    const QString failure = loadInputs(store, files, kind, insert);
+    if (!failure.isEmpty())
+        return toolFail(QStringLiteral("convert: ") + failure);
 
+    DataFile dataFile(store);
     FileResult written;
     if (output.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive)) {
         CsvExport csv(store);
