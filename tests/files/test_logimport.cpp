@@ -120,20 +120,10 @@ void TestLogImport::lines() {
     QCOMPARE(rig.store.dataPoint_count, count);
     if (count > 0) {
         const DataPoint &p = rig.store.dataPoints[size_t(count - 1)];
-        QCOMPARE(QStringLiteral("%1-%2-%3 %4:%5:%6 %7 %8 %9 %10 %11 %12 %13")
-                     .arg(p.year)
-                     .arg(p.month)
-                     .arg(p.day)
-                     .arg(p.hour)
-                     .arg(p.minute)
-                     .arg(p.second)
-                     .arg(double(p.water))
-                     .arg(double(p.pressure))
-                     .arg(double(p.temperature))
-                     .arg(double(p.soot))
-                     .arg(double(p.adc_ref))
-                     .arg(double(p.adc_meas))
-                     .arg(p.stream),
+        QCOMPARE(QString::asprintf("%d-%d-%d %d:%d:%d %g %g %g %g %g %g %d", p.year, p.month, p.day,
+                                   p.hour, p.minute, p.second, double(p.water), double(p.pressure),
+                                   double(p.temperature), double(p.soot), double(p.adc_ref),
+                                   double(p.adc_meas), p.stream),
                  fields);
     }
     if (text.startsWith(":oilname"))
