@@ -1,13 +1,20 @@
 // Throughput of the native writer, the native reader and the CSV export on
-// a full store of 130000 points. Prints MB/s per routine (best of several
-// runs, so a cold page cache does not count); run it from a Release build.
+// a full store of 130000 points, and of the sensor log import on an "A" log
+// of 130000 lines. Prints MB/s per routine (best of several runs, so a cold
+// page cache does not count), and the time to list a folder of 2500 daily
+// logs with their descriptions; run it from a Release build.
 #include "files/csvexport.h"
 #include "files/datafile.h"
+#include "files/logfolder.h"
+#include "files/logimport.h"
+
+#include "simlogs.h"
 
 #include "common/benchstore.h"
 #include "core/store.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -49,7 +56,21 @@ template <typename Run> Rate bestRate(const QString &file, int runs, Run run) {
 }
 
 void print(const char *what, Rate r) {
-    std::printf("%-26s %7.0f MB/s wall, %7.0f MB/s CPU\n", what, r.wall, r.cpu);
+    std::printf("%-34s %7.0f MB/s wall, %7.0f MB/s CPU\n", what, r.wall, r.cpu);
+}
+
+// An "A" log of `lines` readings 4 s apart, as the sensor writes it.
+bool writeALog(const QString &name, int lines) {
+    QFile file(name);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    ReadingGenerator generator(7);
+    const QDateTime start(QDate(2024, 1, 1), QTime(0, 0), Qt::UTC);
+    QByteArray text;
+    for (int i = 0; i < lines; ++i)
+        text +=
+            simLogLine(generator.next(start.addSecs(4 * i)), SimLogFormat::A, 1, false) + "\r\n";
+    return file.write(text) == text.size();
 }
 
 } // namespace
@@ -78,10 +99,57 @@ int main(int argc, char **argv) {
     const Rate exportRate =
         bestRate(csvName, runs, [&] { return csv.csvFile_export(csvName, false).failed(); });
 
-    std::printf("store: %d points, native file %.1f MB, CSV file %.1f MB\n", store.dataPoint_count,
+    const int32_t points = store.dataPoint_count;
+    const QString log = dir.filePath(QStringLiteral("bench.log"));
+    if (!writeALog(log, MeasurementStore::capacity))
+        return 1;
+    const int64_t logSize = QFileInfo(log).size();
+    LogImport import(store);
+    // Limit 0: every line parsed; 130000 as the Import command passes it,
+    // which thins this file to every second line.
+    const Rate importAll = bestRate(log, runs, [&] {
+        return import.logFile_import(log, MergeMode::Replace, false, logSize, 0).failed() ||
+               store.dataPoint_count != MeasurementStore::capacity;
+    });
+    const Rate importThinned = bestRate(log, runs, [&] {
+        return import
+                   .logFile_import(log, MergeMode::Replace, false, logSize,
+                                   MeasurementStore::capacity)
+                   .failed() ||
+               store.dataPoint_count != MeasurementStore::capacity / 2;
+    });
+
+    // 2500 daily logs of a little over 16384 bytes, so each is read at its
+    // beginning and its end.
+    const QString folder = dir.filePath(QStringLiteral("logs"));
+    QDir().mkpath(folder);
+    SimLogOptions logs;
+    logs.folder = folder;
+    logs.start = QDate(2020, 1, 1);
+    logs.days = 2500;
+    logs.intervalSeconds = 330;
+    QString error;
+    if (writeSimLogs(logs, &error).size() != logs.days) {
+        std::fprintf(stderr, "bench_files: %s\n", qPrintable(error));
+        return 1;
+    }
+    double listBest = 1e9;
+    int listed = 0;
+    for (int i = 0; i < runs; ++i) {
+        QElapsedTimer t;
+        t.start();
+        listed = int(logfolder::list(folder + QLatin1Char('/')).size());
+        listBest = std::min(listBest, double(t.nsecsElapsed()) / 1e6);
+    }
+
+    std::printf("store: %d points, native file %.1f MB, CSV file %.1f MB\n", points,
                 double(QFileInfo(native).size()) / 1e6, double(QFileInfo(csvName).size()) / 1e6);
     print("save   (dataFile_save):", save);
     print("load   (dataFile_load):", load);
     print("export (csvFile_export):", exportRate);
+    std::printf("A log: %d lines, %.1f MB\n", MeasurementStore::capacity, double(logSize) / 1e6);
+    print("import (logFile_import, limit 0):", importAll);
+    print("import (limit 130000, step 2):", importThinned);
+    std::printf("list a folder of %d logs (logfolder::list): %.0f ms\n", listed, listBest);
     return 0;
 }

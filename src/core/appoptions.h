@@ -23,9 +23,9 @@ struct AppOptions {
     static constexpr int maxInterval_ms = 600000;
 
     Action action = Action::Run;
-    bool demo = false;       // --demo: the built-in simulated sensor on COM 1
-    int port = 0;            // --port N: select "COM N"; 0 when not given
-    bool startQuery = false; // --start-query: start the query at the end of start-up
+    bool demo = false;        // --demo: the built-in simulated sensor on COM 1
+    int port = 0;             // --port N: select "COM N"; 0 when not given
+    bool startQuery = false;  // --start-query: start the query at the end of start-up
     int queryInterval_ms = 0; // --query-interval MS: another poll period; 0: 4000 ms
     // Fail: one line without the program name, and whether a pointer to
     // --help should follow it (an unknown option, not a bad value).

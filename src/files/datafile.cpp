@@ -146,35 +146,23 @@ FileResult DataFile::loadFrom(QIODevice &device, MergeMode mode, const QString &
         m_loadBuffer = std::make_unique<DataPoint[]>(MeasurementStore::capacity);
         m_block = std::make_unique<char[]>(blockSize);
     }
-    const int64_t size = device.size();
     DataFileScanner scanner(m_loadBuffer.get(), MeasurementStore::capacity);
     scanner.reset(m_store.calSource, m_store.calTable);
-    int64_t done = 0;
-    for (;;) {
-        const qint64 n = device.read(m_block.get(), blockSize);
-        if (n < 0)
-            return FileResult::readFailed(name);
-        if (n == 0)
-            break;
-        done += n;
-        if (!scanner.scan(m_block.get(), n))
-            return FileResult::fileTooLarge(name, MeasurementStore::capacity);
-        ticker.update(done, size);
+    switch (scanner.scanDevice(device, m_block.get(), blockSize, ticker, device.size())) {
+    case DataFileScanner::DeviceEnd::ReadFailed:
+        return FileResult::readFailed(name);
+    case DataFileScanner::DeviceEnd::Overflow:
+        return FileResult::fileTooLarge(name, MeasurementStore::capacity);
+    case DataFileScanner::DeviceEnd::Complete:
+        break;
     }
 
     const int32_t n = scanner.count();
     const int32_t before = m_store.dataPoint_count;
     if (m_store.merge(m_loadBuffer.get(), n, mode))
         return FileResult::mergeTooLarge(name, n, before, MeasurementStore::capacity);
-    if (scanner.alarmThreshold)
-        m_store.alarmThreshold = *scanner.alarmThreshold;
-    m_store.calSource = scanner.calSource;
-    m_store.calTable = scanner.calTable;
     FileResult result = FileResult::ok();
-    if (scanner.oilName) {
-        m_store.oilName = *scanner.oilName;
-        result.oilName = scanner.oilName;
-    }
+    result.oilName = scanner.applyMetadata(m_store, DataFileScanner::Tables::Always);
     m_store.data_changed = false;
     return result;
 }

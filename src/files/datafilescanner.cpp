@@ -1,8 +1,11 @@
 #include "files/datafilescanner.h"
 
+#include "files/progressticker.h"
 #include "files/textformat.h"
 
 #include "core/numbers.h"
+
+#include <QIODevice>
 
 #include <algorithm>
 #include <cmath>
@@ -34,15 +37,6 @@ float toFloat(QByteArrayView v) {
 // take are clamped rather than wrapped.
 template <typename T> T clampTo(int64_t v, int64_t hi) {
     return T(v > hi ? hi : v);
-}
-
-int16_t streamNumber(float v) {
-    const float r = std::nearbyint(v);
-    if (r <= -32768.0f)
-        return -32768;
-    if (r >= 32767.0f)
-        return 32767;
-    return int16_t(r);
 }
 
 // Terminator of each date and time field.
@@ -124,7 +118,7 @@ inline bool parseWriterLine(const char *p, const char *eol, DataPoint &out) {
         !(p = lineNumber(p, TAB, out.adc_ref)) || !(p = lineNumber(p, TAB, out.adc_meas)) ||
         !(p = lineNumber(p, *eol, stream)))
         return false;
-    out.stream = streamNumber(stream);
+    out.stream = textformat::streamNumber(stream);
     return p == eol + 1;
 }
 
@@ -140,6 +134,8 @@ void DataFileScanner::reset(const CalTable &source, const CalTable &table) {
     m_meta.clear();
     oilName.reset();
     alarmThreshold.reset();
+    calSourceSeen = false;
+    calTableSeen = false;
     calSource = source;
     calSource.count = 0;
     calTable = table;
@@ -162,6 +158,17 @@ bool DataFileScanner::scan(const char *data, int64_t size) {
                 m_mode = Mode::Meta;
                 m_meta.clear();
                 m_meta.append(c);
+                break;
+            }
+            if (m_reader) {
+                if (const char *eol = lineEndWithin(p, end)) {
+                    if (m_reader->readLine(p, eol, m_point))
+                        commit(m_point);
+                    p = eol + 1;
+                } else {
+                    m_mode = Mode::Line;
+                    m_meta.clear();
+                }
                 break;
             }
             if (isDigit(c)) {
@@ -187,11 +194,12 @@ bool DataFileScanner::scan(const char *data, int64_t size) {
             p = scanData(p, end);
             break;
         case Mode::Skip:
-        case Mode::Meta: {
+        case Mode::Meta:
+        case Mode::Line: {
             const char *start = p;
             while (p != end && *p != CR && *p != LF)
                 ++p;
-            if (m_mode == Mode::Meta) {
+            if (m_mode != Mode::Skip) {
                 const qsizetype room = maxMetaLine - m_meta.size();
                 m_meta.append(start, std::min<qsizetype>(room, p - start));
             }
@@ -327,7 +335,7 @@ void DataFileScanner::storeNumber(float v) {
         m_point.adc_meas = v;
         break;
     case 12:
-        m_point.stream = streamNumber(v);
+        m_point.stream = textformat::streamNumber(v);
         m_complete = true;
         break;
     }
@@ -337,15 +345,52 @@ void DataFileScanner::storeNumber(float v) {
 void DataFileScanner::lineEnd() {
     if (m_mode == Mode::Meta) {
         metaLine();
+    } else if (m_mode == Mode::Line) {
+        if (m_reader->readLine(m_meta.constData(), m_meta.constData() + m_meta.size(), m_point))
+            commit(m_point);
     } else if (m_complete) {
         // Counted once the stream field ended, whatever followed it ("#").
-        if (m_count >= m_capacity)
-            m_overflow = true;
-        else
-            m_buffer[m_count++] = m_point;
+        commit(m_point);
     }
     m_complete = false;
     m_mode = Mode::LineStart;
+}
+
+void DataFileScanner::commit(const DataPoint &point) {
+    if (m_count >= m_capacity)
+        m_overflow = true;
+    else
+        m_buffer[m_count++] = point;
+}
+
+DataFileScanner::DeviceEnd DataFileScanner::scanDevice(QIODevice &device, char *block,
+                                                       int blockSize, ProgressTicker &ticker,
+                                                       int64_t total) {
+    int64_t done = 0;
+    for (;;) {
+        const qint64 n = device.read(block, blockSize);
+        if (n < 0)
+            return DeviceEnd::ReadFailed;
+        if (n == 0)
+            return DeviceEnd::Complete;
+        done += n;
+        if (!scan(block, n))
+            return DeviceEnd::Overflow;
+        ticker.update(done, total);
+    }
+}
+
+std::optional<QString> DataFileScanner::applyMetadata(MeasurementStore &store,
+                                                      Tables tables) const {
+    if (alarmThreshold)
+        store.alarmThreshold = *alarmThreshold;
+    if (tables == Tables::Always || calSourceSeen)
+        store.calSource = calSource;
+    if (tables == Tables::Always || calTableSeen)
+        store.calTable = calTable;
+    if (oilName)
+        store.oilName = *oilName;
+    return oilName;
 }
 
 void DataFileScanner::metaLine() {
@@ -361,8 +406,10 @@ void DataFileScanner::metaLine() {
         if (!value.isEmpty())
             alarmThreshold = toFloat(trimmedBlanks(value));
     } else if (line.startsWith(sourceKey)) {
+        calSourceSeen = true;
         readPairs(line.sliced(sourceKey.size()), calSource);
     } else if (line.startsWith(tableKey)) {
+        calTableSeen = true;
         readPairs(line.sliced(tableKey.size()), calTable);
     }
     // Any other line starting with ":" is not a data line either.

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 
 #include <cstdint>
+
+struct LogFileEntry;
 
 // The file dialogs of the file commands and the "Data handling" choice, as
 // one seam: the application shows real dialogs behind it, tests answer from
@@ -26,6 +29,10 @@ public:
     // Shows the "Data handling" dialog and waits for it: 1 replace, 2 insert
     // before, 3 append, 0 after Cancel.
     virtual int16_t dataHandling_choose() = 0;
+    // Shows the log files of a folder ("Select import files") and waits until
+    // it is closed: the rows chosen, in list order; empty when the user
+    // closed it without choosing.
+    virtual QList<int> dialog_selectImportFiles(const QList<LogFileEntry> &entries) = 0;
 
     QString dialog_openDataFile(const QString &initialPath);
     QString dialog_saveDataFile(const QString &initialPath);
@@ -53,4 +60,5 @@ public:
     QString fileDialog(Kind, const QString &, const QString &) override { return {}; }
     QString dialog_chooseDirectory(const QString &) override { return {}; }
     int16_t dataHandling_choose() override { return 0; }
+    QList<int> dialog_selectImportFiles(const QList<LogFileEntry> &) override { return {}; }
 };

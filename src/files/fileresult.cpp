@@ -40,6 +40,14 @@ FileResult FileResult::fileTooLarge(const QString &fileName, int32_t limit) {
                     .arg(limit));
 }
 
+FileResult FileResult::importTooLarge(const QString &fileName, int32_t limit) {
+    return make(Code::TooManyRecords,
+                QStringLiteral("%1 gives more than %2 data points, more than the data point "
+                               "memory has room for. Nothing was imported.")
+                    .arg(quoted(fileName))
+                    .arg(limit));
+}
+
 FileResult FileResult::mergeTooLarge(const QString &fileName, int32_t records, int32_t inMemory,
                                      int32_t limit) {
     return make(Code::TooManyRecords,

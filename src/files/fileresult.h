@@ -26,6 +26,9 @@ struct [[nodiscard]] FileResult {
     static FileResult writeFailed(const QString &fileName);
     // The file alone holds more records than the memory can take.
     static FileResult fileTooLarge(const QString &fileName, int32_t limit);
+    // A log file gives more records, after thinning, than the import's limit
+    // (the room left in memory) allows.
+    static FileResult importTooLarge(const QString &fileName, int32_t limit);
     // The file's records and those in memory do not fit together.
     static FileResult mergeTooLarge(const QString &fileName, int32_t records, int32_t inMemory,
                                     int32_t limit);

@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 
@@ -30,6 +31,17 @@ template <int Decimals> int formatFixed(float value, char point, char *out);
 // str_toSingle() of the text, with a fast path for the short plain numbers
 // ("-", digits, one "," or ".") that the files hold.
 float parseNumber(const char *text, int length);
+
+// A stream number read as a number: rounded to the nearest whole number
+// (halves to even) and held within the 16-bit range.
+inline int16_t streamNumber(float v) {
+    const float r = std::nearbyint(v);
+    if (r <= -32768.0f)
+        return -32768;
+    if (r >= 32767.0f)
+        return 32767;
+    return int16_t(r);
+}
 
 namespace detail {
 extern const char digitPairs[201];

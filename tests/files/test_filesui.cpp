@@ -1,12 +1,15 @@
 // What the Data handling dialog returns: 1 to 3 for its options, 0 for
-// Cancel and Escape.
+// Cancel and Escape; the rows the import selection returns.
 #include "files/ui/datahandlingdialog.h"
+#include "files/ui/importselectiondialog.h"
 #include "files/ui/qtfiledialogs.h"
 
+#include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
 #include <QTimer>
+#include <QTreeWidget>
 
 namespace {
 
@@ -32,6 +35,7 @@ class TestFilesUi : public QObject {
     Q_OBJECT
 private slots:
     void dataHandlingDialog();
+    void importSelection();
 };
 
 void TestFilesUi::dataHandlingDialog() {
@@ -54,6 +58,54 @@ void TestFilesUi::dataHandlingDialog() {
     answerWhenShown(parent, nullptr, "OKButton");
     QCOMPARE(dialogs.dataHandling_choose(), int16_t(3));
     QCOMPARE(parent.findChildren<DataHandlingDialog *>().size(), 1);
+}
+
+// Confirm only with a selection; the rows come back in list order whatever
+// order they were picked in; Escape chooses nothing.
+void TestFilesUi::importSelection() {
+    const QList<LogFileEntry> entries = {{QStringLiteral("NAKOS411.log"), QStringLiteral("a")},
+                                         {QStringLiteral("NAKOS412.log"), QStringLiteral("b")},
+                                         {QStringLiteral("NAKOS413.log"), QStringLiteral("c")}};
+    QWidget parent;
+    QtFileDialogs dialogs(&parent);
+    bool checked = false;
+    QTimer::singleShot(0, &parent, [&] {
+        auto *dialog = parent.findChild<ImportSelectionDialog *>();
+        auto *list = dialog->findChild<QTreeWidget *>(QStringLiteral("ListView1"));
+        auto *ok = dialog->findChild<QPushButton *>(QStringLiteral("OKButton"));
+        [&] {
+            QCOMPARE(dialog->windowTitle(), QStringLiteral("Select import files"));
+            QCOMPARE(dialog->findChild<QLabel *>(QStringLiteral("Label1"))->text(),
+                     QStringLiteral("Import selection"));
+            QCOMPARE(list->headerItem()->text(0), QStringLiteral("Filename"));
+            QCOMPARE(list->headerItem()->text(1), QStringLiteral("File description"));
+            QCOMPARE(list->topLevelItem(1)->text(1), QStringLiteral("b"));
+            QVERIFY(!ok->isEnabled());
+            list->topLevelItem(2)->setSelected(true);
+            list->topLevelItem(0)->setSelected(true);
+            QVERIFY(ok->isEnabled());
+            list->topLevelItem(2)->setSelected(false);
+            list->topLevelItem(0)->setSelected(false);
+            QVERIFY(!ok->isEnabled());
+            list->topLevelItem(2)->setSelected(true);
+            list->topLevelItem(0)->setSelected(true);
+            checked = true;
+        }();
+        // A failed check must not leave the dialog waiting.
+        if (checked)
+            ok->click();
+        else
+            dialog->reject();
+    });
+    QCOMPARE(dialogs.dialog_selectImportFiles(entries), (QList<int>{0, 2}));
+    QVERIFY(checked);
+
+    ImportSelectionDialog dialog;
+    QTimer::singleShot(0, &dialog, [&dialog] {
+        dialog.findChild<QTreeWidget *>()->topLevelItem(1)->setSelected(true);
+        QTest::keyClick(&dialog, Qt::Key_Escape);
+    });
+    QVERIFY(dialog.choose(entries).isEmpty());
 }
 
 QTEST_MAIN(TestFilesUi)

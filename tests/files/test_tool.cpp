@@ -1,7 +1,9 @@
-// nakos-tool convert and info, run as the scripts run them.
+// nakos-tool convert, info and plot, run as the scripts run them.
 #include "golden.h"
+#include "logtext.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -29,6 +31,7 @@ class TestTool : public QObject {
     Q_OBJECT
 private slots:
     void convertAndInfo();
+    void logsAndChain();
     void failures();
 };
 
@@ -59,6 +62,32 @@ void TestTool::convertAndInfo() {
                               "caltable: 1\n"));
 }
 
+// Log files one by one or as a chain, in either order, summed up and drawn.
+void TestTool::logsAndChain() {
+    QTemporaryDir dir;
+    const QString day1 = dir.filePath(u"NAKOS435.log"_s), day2 = dir.filePath(u"NAKOS436.log"_s);
+    QFile f1(day1), f2(day2);
+    QVERIFY(f1.open(QIODevice::WriteOnly) && f2.open(QIODevice::WriteOnly));
+    f1.write(":oilname=Hydraulic 32\r\n" + fixedLines(2));
+    f2.write(" 2024-03-06 10:00:00 WATER 5\r\n");
+    f1.close();
+    f2.close();
+    const QString out = dir.filePath(u"out.txt"_s);
+    const auto summary = [&](const QStringList &input) {
+        QByteArray info;
+        return tool(QStringList{u"info"_s} + input, &info) == 0 ? info : QByteArray("failed");
+    };
+    QCOMPARE(tool({u"convert"_s, u"--chain"_s, day1, out}), 0);
+    QCOMPARE(summary({out}), QByteArray("points: 3\nfirst: 2024-03-05 00:00:00\nlast: 2024-03-06 "
+                                        "10:00:00\noilname: Hydraulic 32\nalarmthreshold: -1\n"
+                                        "calsource: 0\ncaltable: 0\n"));
+    QCOMPARE(tool({u"convert"_s, u"--log"_s, u"--insert"_s, day2, day1, out}), 0);
+    QVERIFY(summary({out}).startsWith("points: 3\nfirst: 2024-03-05 00:00:00\nlast: 2024-03-06"));
+    QVERIFY(summary({u"--log"_s, day2}).startsWith("points: 1\n"));
+    QCOMPARE(tool({u"plot"_s, u"--log"_s, day1, dir.filePath(u"day1.png"_s)}), 0);
+    QVERIFY(QFileInfo(dir.filePath(u"day1.png"_s)).size() > 0);
+}
+
 // A failure names its cause, prints nothing on stdout and writes nothing.
 void TestTool::failures() {
     QTemporaryDir dir;
@@ -66,6 +95,8 @@ void TestTool::failures() {
     const QString missing = u"/no/such/in.txt"_s;
     const QStringList cases[] = {{u"convert"_s, missing, u"OUT"_s},
                                  {u"convert"_s, testData("small.txt"), u"/no/such/dir/out.txt"_s},
+                                 {u"convert"_s, u"--log"_s, u"/no/such/a.log"_s, u"OUT"_s},
+                                 {u"convert"_s, u"--chain"_s, u"/no/such/NAKOS411.log"_s, u"OUT"_s},
                                  {u"info"_s, missing}};
     for (const QStringList &args : cases) {
         QByteArray out, err;
@@ -73,6 +104,9 @@ void TestTool::failures() {
         QVERIFY2(err.contains(args.filter(u"/no/such"_s).constFirst().toUtf8()), err.constData());
         QVERIFY(out.isEmpty());
     }
+    QByteArray err;
+    QVERIFY(tool({u"convert"_s, u"--chain"_s, u"chain.log"_s, u"OUT"_s}, nullptr, &err) > 0);
+    QVERIFY2(err.contains("Invalid chain start filename"), err.constData());
     QVERIFY(!QFile::exists(dir.filePath(u"OUT"_s)));
 }
 

@@ -1,9 +1,13 @@
 // The simulated sensor: its log, the exact bytes of its replies and the
-// faults it adds on request.
+// faults it adds on request; the daily log files it writes.
 #include "core/clock.h"
+#include "files/logchain.h"
+#include "files/logimport.h"
 #include "sensorsim.h"
+#include "simlogs.h"
 #include "support/scriptednotifier.h"
 
+#include <QTemporaryDir>
 #include <QTest>
 
 class TestSensorSim : public QObject {
@@ -12,6 +16,8 @@ class TestSensorSim : public QObject {
 private slots:
     void logAndReplies();
     void scheduleLogsReadings();
+    void writesLogs_data();
+    void writesLogs();
 };
 
 void TestSensorSim::logAndReplies() {
@@ -54,6 +60,56 @@ void TestSensorSim::scheduleLogsReadings() {
     QTRY_VERIFY(sim.logLines().size() >= 3);
     sim.close();
     QVERIFY(!sim.isOpen());
+}
+
+void TestSensorSim::writesLogs_data() {
+    QTest::addColumn<int>("format");
+    QTest::addColumn<int>("lineLength");
+    QTest::addColumn<int>("badChecks");
+    QTest::newRow("A") << int(SimLogFormat::A) << 65 << 0;
+    QTest::newRow("B, 5 bad checks") << int(SimLogFormat::B) << 68 << 5;
+    QTest::newRow("keyword") << int(SimLogFormat::Keyword) << 112 << 0;
+}
+
+// Three days across a leap day, as a chain the program finds and imports:
+// every record but the spoiled ones.
+void TestSensorSim::writesLogs() {
+    QFETCH(int, format);
+    QFETCH(int, lineLength);
+    QFETCH(int, badChecks);
+    QTemporaryDir dir;
+    SimLogOptions o;
+    o.folder = dir.path();
+    o.start = QDate(2024, 2, 28);
+    o.days = 3;
+    o.format = SimLogFormat(format);
+    o.intervalSeconds = 600;
+    o.badChecks = badChecks;
+    o.stream = 4;
+    QString error;
+    const QStringList files = writeSimLogs(o, &error);
+    QCOMPARE(files, QStringList({dir.filePath(QStringLiteral("NAKOS42S.log")),
+                                 dir.filePath(QStringLiteral("NAKOS42T.log")),
+                                 dir.filePath(QStringLiteral("NAKOS431.log"))}));
+    QFile first(files[0]);
+    QVERIFY(first.open(QIODevice::ReadOnly));
+    const QList<QByteArray> lines = first.readAll().split('\n');
+    QCOMPARE(lines.size(), 144 + 1);
+    for (qsizetype i = 0; i + 1 < lines.size(); ++i)
+        QCOMPARE(lines[i].size(), lineLength + 1); // with its CR
+
+    MeasurementStore store;
+    LogImport import(store);
+    const LogImportRun run =
+        import.logFiles_import(logchain::collect(files[0]), MergeMode::Replace, false);
+    QCOMPARE(run.filesImported, 3);
+    QCOMPARE(store.dataPoint_count, 3 * 144 - badChecks);
+    const DataPoint &last = store.dataPoints[size_t(store.dataPoint_count - 1)];
+    QCOMPARE(QDate(last.year, last.month, last.day), QDate(2024, 3, 1));
+    // 23:50, unless that last record of all is one of the spoiled ones.
+    QCOMPARE(int(last.hour * 60 + last.minute), 24 * 60 - (badChecks ? 20 : 10));
+    QCOMPARE(int(last.stream), o.format == SimLogFormat::B ? 4 : o.format == SimLogFormat::A);
+    QVERIFY(last.water > 0.0f && last.pressure > 1000.0f);
 }
 
 QTEST_GUILESS_MAIN(TestSensorSim)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "files/filedialogs.h"
+#include "files/logfolder.h"
 
 #include <QList>
 #include <QStringList>
@@ -31,10 +32,16 @@ public:
             whileChoosing(); // what the user does elsewhere while the dialog waits
         return modeAnswers.isEmpty() ? int16_t(0) : modeAnswers.takeFirst();
     }
+    QList<int> dialog_selectImportFiles(const QList<LogFileEntry> &entries) override {
+        selectionCalls << entries;
+        return selectionAnswer;
+    }
 
     QStringList fileAnswers;
     QList<int16_t> modeAnswers;
     QString folderAnswer;
+    QList<int> selectionAnswer;
+    QList<QList<LogFileEntry>> selectionCalls;
     QList<Call> calls;
     QStringList folderCalls;
     int modeCalls = 0;

@@ -1,5 +1,7 @@
-// nakos-tool convert: native data files in, one native or CSV file out.
+// nakos-tool convert: native data files or sensor logs in, one native or
+// CSV file out.
 #include "command.h"
+#include "inputs.h"
 #include "terminalprogress.h"
 
 #include "files/csvexport.h"
@@ -11,14 +13,17 @@ namespace {
 
 int convert(const QStringList &args) {
     bool insert = false;
+    InputKind kind = InputKind::DataFile;
     QStringList files;
     for (const QString &arg : args) {
         if (arg == QLatin1String("--insert")) {
             insert = true;
         } else if (arg == QLatin1String("--log") || arg == QLatin1String("--chain")) {
-            return toolFail(QStringLiteral("convert: %1 needs the sensor log import, which this "
-                                           "build does not have yet")
-                                .arg(arg));
+            const InputKind k =
+                arg == QLatin1String("--log") ? InputKind::LogFile : InputKind::Chain;
+            if (kind != InputKind::DataFile && kind != k)
+                return toolFail(QStringLiteral("convert: --log and --chain exclude each other"));
+            kind = k;
         } else if (arg.startsWith(QLatin1String("--"))) {
             return toolUsage(QStringLiteral("convert: unknown option '%1'").arg(arg), "convert");
         } else {
@@ -34,17 +39,11 @@ int convert(const QStringList &args) {
     // Large files take a while: a progress line when someone watches.
     const std::unique_ptr<TerminalProgress> progress = TerminalProgress::onStandardError();
     const bool showProgress = progress != nullptr;
-    DataFile dataFile(store, progress.get());
-    // The first input replaces the empty store; the others go after it, or
-    // before it with --insert, as the Open command's modes do.
-    MergeMode mode = MergeMode::Replace;
-    for (const QString &input : std::as_const(files)) {
-        const FileResult r = dataFile.dataFile_load(input, mode, showProgress);
-        if (r.failed())
-            return toolFail(QStringLiteral("convert: ") + r.message);
-        mode = insert ? MergeMode::InsertBefore : MergeMode::Append;
-    }
+    const QString failure = loadInputs(store, files, kind, insert, progress.get());
+    if (!failure.isEmpty())
+        return toolFail(QStringLiteral("convert: ") + failure);
 
+    DataFile dataFile(store, progress.get());
     FileResult written;
     if (output.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive)) {
         CsvExport csv(store, progress.get());

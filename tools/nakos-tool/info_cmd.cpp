@@ -1,7 +1,6 @@
-// nakos-tool info: a summary of one data file, one "key: value" line each.
+// nakos-tool info: a summary of one data or log file, one "key: value" line each.
 #include "command.h"
-
-#include "files/datafile.h"
+#include "inputs.h"
 
 #include "core/store.h"
 #include "core/timetext.h"
@@ -20,10 +19,12 @@ QString shortest(float value) {
 
 int info(const QStringList &args) {
     QString input;
+    InputKind kind = InputKind::DataFile;
     for (const QString &arg : args) {
-        if (arg == QLatin1String("--log"))
-            return toolFail(QStringLiteral(
-                "info: --log needs the sensor log import, which this build does not have yet"));
+        if (arg == QLatin1String("--log")) {
+            kind = InputKind::LogFile;
+            continue;
+        }
         if (arg.startsWith(QLatin1String("--")))
             return toolUsage(QStringLiteral("info: unknown option '%1'").arg(arg), "info");
         if (!input.isEmpty())
@@ -34,10 +35,9 @@ int info(const QStringList &args) {
         return toolUsage(QStringLiteral("info: needs an INPUT"), "info");
 
     MeasurementStore store;
-    DataFile dataFile(store);
-    const FileResult r = dataFile.dataFile_load(input, MergeMode::Replace, false);
-    if (r.failed())
-        return toolFail(QStringLiteral("info: ") + r.message);
+    const QString failure = loadInputs(store, {input}, kind, false);
+    if (!failure.isEmpty())
+        return toolFail(QStringLiteral("info: ") + failure);
 
     const int32_t n = store.dataPoint_count;
     const QString text =

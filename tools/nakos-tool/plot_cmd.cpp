@@ -1,12 +1,12 @@
 // nakos-tool plot: the chart of one quantity as a picture for reports, the
 // 800 x 600 page the printer would get, without a window.
 #include "command.h"
+#include "inputs.h"
 
 #include "chart/chartrender.h"
 #include "chart/chartstyle.h"
 #include "chart/displayfill.h"
 #include "core/store.h"
-#include "files/datafile.h"
 #include "print/printpage.h"
 
 #include <QFileInfo>
@@ -55,13 +55,13 @@ bool writePdf(ChartModel &chart, const QString &fileName) {
 
 int plot(const QStringList &args) {
     ChartQuantity quantity = ChartQuantity::Water;
+    InputKind kind = InputKind::DataFile;
     QStringList files;
     for (int i = 0; i < args.size(); ++i) {
         const QString &a = args[i];
-        if (a == QLatin1String("--log"))
-            return toolFail(QStringLiteral("plot: --log is not available yet (sensor log files "
-                                           "cannot be read by this version)"));
-        if (a == QLatin1String("--quantity")) {
+        if (a == QLatin1String("--log")) {
+            kind = InputKind::LogFile;
+        } else if (a == QLatin1String("--quantity")) {
             const std::optional<ChartQuantity> q =
                 i + 1 < args.size() ? parseQuantity(args[i + 1]) : std::nullopt;
             if (!q)
@@ -81,10 +81,9 @@ int plot(const QStringList &args) {
     const QString &output = files[1];
 
     auto store = std::make_unique<MeasurementStore>();
-    DataFile file(*store);
-    const FileResult loaded = file.dataFile_load(input, MergeMode::Replace, false);
-    if (loaded.failed())
-        return toolFail(QStringLiteral("plot: ") + loaded.message);
+    const QString failure = loadInputs(*store, {input}, kind, false);
+    if (!failure.isEmpty())
+        return toolFail(QStringLiteral("plot: ") + failure);
 
     // All four charts are filled, exactly as the display refresh fills them;
     // the chosen one is drawn.

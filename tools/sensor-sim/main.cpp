@@ -1,12 +1,15 @@
 // nakos-sensor-sim: a simulated oil sensor on a pseudo-terminal. Prints the
-// device path to open, then answers until interrupted.
+// device path to open, then answers until interrupted. With --write-logs it
+// writes the sensor's daily log files instead and exits.
 #include "sensorsim.h"
+#include "simlogs.h"
 
 #include "core/numbers.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <climits>
 #include <cstdio>
 #include <optional>
@@ -74,8 +77,28 @@ int main(int argc, char **argv) {
     const QCommandLineOption closeMid(QStringLiteral("close-mid-reply"),
                                       QStringLiteral("Close the port half way through a reply "
                                                      "and exit."));
-    parser.addOptions({device, interval, logSize, prefill, seed, stream, alarm, noEcho, garbage,
-                       nul, gap, slow, silent, endless, flood, closeMid});
+    const QCommandLineOption writeLogs(
+        QStringLiteral("write-logs"),
+        QStringLiteral("Write daily log files into DIR (named as the sensor names them, a "
+                       "reading every --interval, 60000 ms unless given) and exit."),
+        QStringLiteral("dir"));
+    const QCommandLineOption days(QStringLiteral("days"),
+                                  QStringLiteral("Days of logs to write (default 1)."),
+                                  QStringLiteral("n"), QStringLiteral("1"));
+    const QCommandLineOption format(QStringLiteral("format"),
+                                    QStringLiteral("Log line format: A, B or keyword (default A)."),
+                                    QStringLiteral("format"), QStringLiteral("A"));
+    const QCommandLineOption start(QStringLiteral("start"),
+                                   QStringLiteral("First day of the logs (default: the days "
+                                                  "up to today)."),
+                                   QStringLiteral("YYYY-MM-DD"));
+    const QCommandLineOption badChecks(QStringLiteral("bad-checks"),
+                                       QStringLiteral("Records with a wrong check number, "
+                                                      "spread over all days (A and B)."),
+                                       QStringLiteral("k"), QStringLiteral("0"));
+    parser.addOptions({device, interval, logSize,   prefill, seed,   stream, alarm,
+                       noEcho, garbage,  nul,       gap,     slow,   silent, endless,
+                       flood,  closeMid, writeLogs, days,    format, start,  badChecks});
     // parse(), not process(): process() ends a bad command line with
     // status 1, and this program's tools use 2 for it.
     if (!parser.parse(QCoreApplication::arguments()))
@@ -92,6 +115,37 @@ int main(int argc, char **argv) {
         return usageError(
             QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().first()),
             true);
+
+    if (parser.isSet(writeLogs)) {
+        SimLogOptions logs;
+        logs.folder = parser.value(writeLogs);
+        logs.days = parser.value(days).toInt();
+        const QString f = parser.value(format);
+        if (f == QLatin1String("A") || f == QLatin1String("B") || f == QLatin1String("keyword")) {
+            logs.format = f == QLatin1String("A")   ? SimLogFormat::A
+                          : f == QLatin1String("B") ? SimLogFormat::B
+                                                    : SimLogFormat::Keyword;
+        } else {
+            std::fputs("nakos-sensor-sim: --format takes A, B or keyword\n", stderr);
+            return 2;
+        }
+        logs.start = parser.isSet(start) ? QDate::fromString(parser.value(start), Qt::ISODate)
+                                         : QDate::currentDate().addDays(1 - std::max(1, logs.days));
+        if (parser.isSet(interval))
+            logs.intervalSeconds = parser.value(interval).toInt() / 1000;
+        logs.badChecks = parser.value(badChecks).toInt();
+        logs.seed = parser.value(seed).toUInt();
+        logs.stream = parser.value(stream).toInt();
+        QString error;
+        const QStringList written = writeSimLogs(logs, &error);
+        if (written.isEmpty()) {
+            std::fprintf(stderr, "nakos-sensor-sim: %s\n", qPrintable(error));
+            return error.startsWith(QLatin1String("cannot")) ? 1 : 2;
+        }
+        for (const QString &path : written)
+            std::printf("%s\n", qPrintable(path));
+        return 0;
+    }
 
     SimOptions options;
     int32_t seedValue = 1;

@@ -1,6 +1,7 @@
 #include "files/ui/qtfiledialogs.h"
 
 #include "files/ui/datahandlingdialog.h"
+#include "files/ui/importselectiondialog.h"
 
 #include <QDir>
 #include <QFileDialog>
@@ -36,4 +37,9 @@ int16_t QtFileDialogs::dataHandling_choose() {
     if (!m_dataHandling)
         m_dataHandling = new DataHandlingDialog(m_parent);
     return m_dataHandling->choose();
+}
+
+QList<int> QtFileDialogs::dialog_selectImportFiles(const QList<LogFileEntry> &entries) {
+    ImportSelectionDialog dialog(m_parent);
+    return dialog.choose(entries);
 }

@@ -20,6 +20,7 @@ public:
     QString fileDialog(Kind kind, const QString &filter, const QString &initialPath) override;
     QString dialog_chooseDirectory(const QString &initialPath) override;
     int16_t dataHandling_choose() override;
+    QList<int> dialog_selectImportFiles(const QList<LogFileEntry> &entries) override;
 
 private:
     QWidget *m_parent;

@@ -1,0 +1,123 @@
+#include "files/logimport.h"
+
+#include "files/datafilescanner.h"
+#include "files/loglines.h"
+#include "files/progressticker.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+#include <algorithm>
+
+namespace {
+
+const QString importingCaption = QStringLiteral("Importing file...");
+
+} // namespace
+
+LogFileRef logFile_ref(const QString &path) {
+    QFile file(path);
+    return {path, file.open(QIODevice::ReadOnly) ? int64_t(file.size()) : 0};
+}
+
+const FileResult *LogImportRun::capacityFailure() const {
+    if (!failures.isEmpty() && failures.constLast().code == FileResult::Code::TooManyRecords)
+        return &failures.constLast();
+    return nullptr;
+}
+
+LogImport::LogImport(MeasurementStore &store, FileProgress *progress)
+    : m_store(store), m_progress(progress) {}
+
+LogImport::~LogImport() = default;
+
+FileResult LogImport::logFile_import(const QString &fileName, MergeMode mode, bool showProgress,
+                                     int64_t fileSize, int32_t limit) {
+    ProgressTicker ticker(showProgress ? m_progress : nullptr, importingCaption);
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return FileResult::openFailed(fileName);
+    return importFrom(file, mode, fileSize, limit, fileName, ticker);
+}
+
+FileResult LogImport::logFile_import(QIODevice &device, MergeMode mode, bool showProgress,
+                                     int64_t fileSize, int32_t limit, const QString &name) {
+    ProgressTicker ticker(showProgress ? m_progress : nullptr, importingCaption);
+    if (!device.isReadable())
+        return FileResult::openFailed(name);
+    return importFrom(device, mode, fileSize, limit, name, ticker);
+}
+
+FileResult LogImport::importFrom(QIODevice &device, MergeMode mode, int64_t fileSize, int32_t limit,
+                                 const QString &name, ProgressTicker &ticker) {
+    if (!m_loadBuffer) {
+        m_loadBuffer = std::make_unique<DataPoint[]>(MeasurementStore::capacity);
+        m_block = std::make_unique<char[]>(blockSize);
+    }
+    // The thinning keeps a file of the expected size within the limit; one
+    // denser than estimated stops at it rather than filling memory past it.
+    const int32_t room =
+        limit > 0 ? std::min(limit, MeasurementStore::capacity) : MeasurementStore::capacity;
+    LogLineReader reader(fileSize, limit);
+    DataFileScanner scanner(m_loadBuffer.get(), room);
+    scanner.setLineReader(&reader);
+    scanner.reset(m_store.calSource, m_store.calTable);
+    switch (scanner.scanDevice(device, m_block.get(), blockSize, ticker, fileSize)) {
+    case DataFileScanner::DeviceEnd::ReadFailed:
+        return FileResult::readFailed(name);
+    case DataFileScanner::DeviceEnd::Overflow:
+        return FileResult::importTooLarge(name, room);
+    case DataFileScanner::DeviceEnd::Complete:
+        break;
+    }
+
+    const int32_t n = scanner.count();
+    const int32_t before = m_store.dataPoint_count;
+    if (m_store.merge(m_loadBuffer.get(), n, mode))
+        return FileResult::mergeTooLarge(name, n, before, MeasurementStore::capacity);
+    FileResult result = FileResult::ok();
+    // A log rarely carries calibration lines; one without them keeps the
+    // tables the store has.
+    result.oilName = scanner.applyMetadata(m_store, DataFileScanner::Tables::WhenSeen);
+    m_store.data_changed = false;
+    return result;
+}
+
+LogImportRun LogImport::logFiles_import(const QList<LogFileRef> &files, MergeMode mode,
+                                        bool showProgress) {
+    LogImportRun run;
+    const bool markBefore = m_store.data_changed;
+    QList<LogFileRef> order = files;
+    int32_t limit = MeasurementStore::capacity;
+    MergeMode fileMode = mode;
+    if (mode != MergeMode::Replace) {
+        limit = MeasurementStore::capacity - m_store.dataPoint_count;
+        run.noRoom = limit <= minimumRoom;
+        if (run.noRoom || (mode == MergeMode::InsertBefore && files.isEmpty()))
+            return run;
+        // Each file goes before what is there: the last file first keeps
+        // the files in their order.
+        if (mode == MergeMode::InsertBefore)
+            std::reverse(order.begin(), order.end());
+    }
+    for (const LogFileRef &file : std::as_const(order)) {
+        FileResult r = logFile_import(file.path, fileMode, showProgress, file.size, limit);
+        if (mode == MergeMode::Replace)
+            fileMode = MergeMode::Append;
+        if (QCoreApplication::instance())
+            QCoreApplication::processEvents();
+        if (r.failed()) {
+            const bool full = r.code == FileResult::Code::TooManyRecords;
+            run.failures.append(std::move(r));
+            if (full)
+                break;
+            continue;
+        }
+        ++run.filesImported;
+        if (r.oilName)
+            run.oilName = r.oilName;
+    }
+    const bool untouched = run.filesImported == 0 && run.capacityFailure();
+    m_store.data_changed = untouched ? markBefore : mode != MergeMode::Replace;
+    return run;
+}
