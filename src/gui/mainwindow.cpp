@@ -54,6 +54,7 @@ void MainWindow::createMenus() {
     file->addSeparator();
     item(file, file_import, "file_import", "Import");
     item(file, file_importDir, "file_importDir", "Import directory");
+    item(file, file_importChain, "file_importChain", "Import chain");
     file->addSeparator();
     item(file, file_export, "file_export", "Export");
     file->addSeparator();
@@ -75,15 +76,14 @@ void MainWindow::createMenus() {
     q->setObjectName(QStringLiteral("q"));
     item(q, q_about, "q_about", "About");
 
-    // Commands whose work is not in the program yet stay visible but off.
-    for (QAction *a : {file_import, file_importDir})
-        a->setEnabled(false);
-
     MonitorSession *s = &m_session;
     connect(file_new, &QAction::triggered, s, &MonitorSession::file_new);
     connect(file_open, &QAction::triggered, s, &MonitorSession::file_open);
     connect(file_save, &QAction::triggered, s, &MonitorSession::file_save);
     connect(file_saveas, &QAction::triggered, s, &MonitorSession::file_saveas);
+    connect(file_import, &QAction::triggered, s, &MonitorSession::file_import);
+    connect(file_importDir, &QAction::triggered, s, &MonitorSession::file_importDir);
+    connect(file_importChain, &QAction::triggered, s, &MonitorSession::file_importChain);
     connect(file_export, &QAction::triggered, s, &MonitorSession::file_export);
     connect(file_setAutosavePath, &QAction::triggered, s, &MonitorSession::file_setAutosavePath);
     connect(file_exit, &QAction::triggered, this, &MainWindow::programTerminate);
@@ -112,8 +112,8 @@ void MainWindow::connectSession() {
 }
 
 void MainWindow::setFileCommandsEnabled(bool enabled) {
-    for (QAction *a :
-         {file_new, file_open, file_save, file_saveas, file_export, file_setAutosavePath})
+    for (QAction *a : {file_new, file_open, file_save, file_saveas, file_import, file_importDir,
+                       file_importChain, file_export, file_setAutosavePath})
         a->setEnabled(enabled);
 }
 

@@ -40,6 +40,7 @@ public:
     QAction *file_saveas = nullptr;
     QAction *file_import = nullptr;
     QAction *file_importDir = nullptr;
+    QAction *file_importChain = nullptr;
     QAction *file_export = nullptr;
     QAction *file_setAutosavePath = nullptr;
     QAction *file_print = nullptr;

@@ -6,6 +6,7 @@
 #include "device/devicelink.h"
 #include "files/csvexport.h"
 #include "files/datafile.h"
+#include "files/logimport.h"
 #include "settings/registrykey.h"
 #include "settings/startupfolders.h"
 
@@ -16,7 +17,8 @@ MonitorSession::MonitorSession(SessionSeams seams, std::unique_ptr<RegistryKey> 
     : QObject(parent), m_seams(seams), m_store(std::make_unique<MeasurementStore>()),
       m_settingsKey(std::move(settingsKey)),
       m_dataFile(std::make_unique<DataFile>(*m_store, seams.progress)),
-      m_csv(std::make_unique<CsvExport>(*m_store, seams.progress)) {
+      m_csv(std::make_unique<CsvExport>(*m_store, seams.progress)),
+      m_logImport(std::make_unique<LogImport>(*m_store, seams.progress)) {
     m_autoSave = new AutoSave(
         *m_store, seams.clock, [this](const QString &name) { return autoSave_write(name); }, this);
 

@@ -16,6 +16,8 @@ class DataFile;
 class DeviceLink;
 class FileDialogs;
 class FileProgress;
+class LogImport;
+struct LogFileRef;
 class Notifier;
 class RegistryKey;
 
@@ -34,8 +36,9 @@ struct SessionSeams {
 // process-wide values, the display and print choices, the settings key, the
 // device link, the file routines, the autosave and the change monitor, and
 // it is the one place that carries out the command flows (New, Open, Save,
-// Save As, Export, Set autosave path, the save prompt, the oil name, the
-// display refresh request) in their fixed order. It asks the user only
+// Save As, Import, Import chain, Import directory, Export, Set autosave
+// path, the save prompt, the oil name, the display refresh request) in their
+// fixed order. It asks the user only
 // through the seams and tells the windows what changed through signals:
 // the title, a display rebuild, the charts' zoom reset, the oil name shown
 // in the control panel, and whether a file command is running.
@@ -70,6 +73,9 @@ public:
     void file_open();
     void file_save();
     void file_saveas();
+    void file_import();
+    void file_importDir();
+    void file_importChain();
     void file_export();
     void file_setAutosavePath();
 
@@ -119,6 +125,8 @@ private:
     class BusyScope;
 
     void openData();
+    void importLogs(const QList<LogFileRef> &files, MergeMode mode);
+    void importDone();  // title, autosave period, zoom reset
     void saveCommand(); // Save, also from the prompt inside another command
     void saveUnder(const QString &fileName);
     QString openStartPath() const;
@@ -134,6 +142,7 @@ private:
     std::unique_ptr<RegistryKey> m_settingsKey;
     std::unique_ptr<DataFile> m_dataFile;
     std::unique_ptr<CsvExport> m_csv;
+    std::unique_ptr<LogImport> m_logImport;
     AutoSave *m_autoSave = nullptr;
     DeviceLink *m_link = nullptr;
     bool m_busy = false;

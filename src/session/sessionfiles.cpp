@@ -5,6 +5,7 @@
 // reported. The one failure the user is told about is a file whose records
 // do not fit into memory; the store then stays exactly as it was, file name
 // and mark included.
+#include "session/busyscope.h"
 #include "session/monitorsession.h"
 
 #include "core/notifier.h"
@@ -13,30 +14,6 @@
 #include "files/filedialogs.h"
 
 #include <QCoreApplication>
-
-// Marks the session busy for one file command; nested scopes (the save
-// prompt's Save inside Open) keep it busy until the outer one ends.
-class MonitorSession::BusyScope {
-public:
-    explicit BusyScope(MonitorSession &s) : m_session(s), m_outer(!s.m_busy) {
-        if (m_outer) {
-            s.m_busy = true;
-            emit s.busyChanged(true);
-        }
-    }
-    ~BusyScope() {
-        if (m_outer) {
-            m_session.m_busy = false;
-            emit m_session.busyChanged(false);
-        }
-    }
-    BusyScope(const BusyScope &) = delete;
-    BusyScope &operator=(const BusyScope &) = delete;
-
-private:
-    MonitorSession &m_session;
-    bool m_outer;
-};
 
 QString MonitorSession::openStartPath() const {
     return m_store->fileName_current.isEmpty() ? FileDialogs::initialFolder

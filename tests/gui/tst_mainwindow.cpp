@@ -43,6 +43,7 @@ void TestMainWindow::menus() {
     const QStringList expected{
         QStringLiteral("file:File=New(file_new) |Open(file_open) |Save(file_save) Save "
                        "As(file_saveas) |Import(file_import) Import directory(file_importDir) "
+                       "Import chain(file_importChain) "
                        "|Export(file_export) |Set autosave path(file_setAutosavePath) "
                        "|Print(file_print) |Exit(file_exit)"),
         QStringLiteral("tools:Tools=Toolbox(tools_toolbox)"),

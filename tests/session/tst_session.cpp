@@ -9,6 +9,7 @@
 #include "core/autosave.h"
 #include "device/devicelink.h"
 #include "files/golden.h"
+#include "simlogs.h"
 #include "support/sessionfixture.h"
 
 #include <QDir>
@@ -39,6 +40,8 @@ private Q_SLOTS:
     void open_data();
     void open();
     void saveSaveAsAndExport();
+    void imports_data();
+    void imports();
     void autosave();
     void oneFileCommandAtATime();
 };
@@ -252,6 +255,87 @@ void TestSession::saveSaveAsAndExport() {
     QCOMPARE(f.dialogs.calls.last().initialPath, u"C:\\"_s);
     QCOMPARE(fileBytes(viaPrompt), fileBytes(testData("small.txt")));
     QCOMPARE(store.dataPoint_count, 0);
+}
+
+void TestSession::imports_data() {
+    QTest::addColumn<QString>("command"); // import, chain or folder
+    QTest::addColumn<QString>("choice");  // the file or folder chosen, "" cancels
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<int>("held");
+    QTest::addColumn<int>("count");
+    QTest::addColumn<QString>("message");
+
+    // Three daily logs, 24 readings each, from 5 March 2024 on.
+    const int room100 = MeasurementStore::capacity - 100;
+    QTest::newRow("import, replace")
+        << u"import"_s << u"NAKOS435.log"_s << 1 << 3 << 24 << QString();
+    QTest::newRow("import, append with room 100")
+        << u"import"_s << u"NAKOS435.log"_s << 3 << room100 << room100 << QString();
+    QTest::newRow("import, cancelled") << u"import"_s << QString() << 1 << 3 << 3 << QString();
+    QTest::newRow("chain, insert before")
+        << u"chain"_s << u"NAKOS435.log"_s << 2 << 3 << 75 << QString();
+    QTest::newRow("chain, not a start name")
+        << u"chain"_s << u"run.log"_s << 1 << 3 << 3 << u"Invalid chain start filename"_s;
+    QTest::newRow("folder, two chosen, append")
+        << u"folder"_s << u"."_s << 3 << 3 << 51 << QString();
+}
+
+// The imports read through the one log import loop; the mark follows the
+// mode, the current name stays (the folder import names the combined data
+// after the first log), the autosave starts a new period, the zoom resets.
+void TestSession::imports() {
+    QFETCH(QString, command);
+    QFETCH(QString, choice);
+    QFETCH(int, mode);
+    QFETCH(int, held);
+    QFETCH(int, count);
+    QFETCH(QString, message);
+    SessionFixture f;
+    f.start();
+    SimLogOptions logs;
+    logs.folder = f.dir.filePath(u"logs"_s);
+    QDir().mkpath(logs.folder);
+    logs.start = QDate(2024, 3, 5);
+    logs.days = 3;
+    logs.intervalSeconds = 3600;
+    QString error;
+    QCOMPARE(writeSimLogs(logs, &error).size(), 3);
+    const QString folder = logs.folder + QLatin1Char('/');
+    fillSmallStore(f.store());
+    f.store().dataPoint_count = held;
+    f.store().reindex();
+    f.store().data_changed = false;
+    f.store().fileName_current = u"/data/run1.txt"_s;
+    QSignalSpy zoomResets(&f.session, &MonitorSession::zoomResetRequested);
+    f.dialogs.modeAnswers << int16_t(mode);
+    if (command == u"folder"_s) {
+        f.dialogs.folderAnswer = folder;
+        f.dialogs.selectionAnswer = {0, 2};
+        f.session.file_importDir();
+        QCOMPARE(f.dialogs.selectionCalls.first().size(), 3);
+        QCOMPARE(f.store().fileName_current, folder + u"NAKOS435.log_combined.txt"_s);
+    } else {
+        f.dialogs.fileAnswers << (choice.isEmpty() ? choice : folder + choice);
+        if (command == u"chain"_s)
+            f.session.file_importChain();
+        else
+            f.session.file_import();
+        QCOMPARE(f.dialogs.calls[0].filter, u"Log files (*.log)|*.log|All files (*.*)|*.*|"_s);
+        QCOMPARE(f.store().fileName_current, u"/data/run1.txt"_s);
+    }
+    QCOMPARE(f.store().dataPoint_count, count);
+    QCOMPARE(f.notifier.shown.size(), message.isEmpty() ? 0 : 1);
+    if (!message.isEmpty()) {
+        QCOMPARE(f.notifier.shown[0].text, message);
+        QCOMPARE(f.notifier.shown[0].title, u"Error"_s);
+        QCOMPARE(f.notifier.shown[0].icon, Notifier::Icon::Critical);
+    }
+    const bool read = count != held;
+    QCOMPARE(f.store().data_changed, read && mode != 1);
+    QCOMPARE(f.session.autoSave().isRunning(), !choice.isEmpty());
+    QCOMPARE(zoomResets.size(), !choice.isEmpty() && message.isEmpty() ? 1 : 0);
+    if (mode == 2 && read) // inserted day by day before what was there, in date order
+        QVERIFY(f.store().dataPoints[0].day == 5 && f.store().dataPoints[71].day == 7);
 }
 
 // Saved on the sixth tick with the title's mark cleared; a folder that
