@@ -20,15 +20,25 @@ FileRegistryKey::FileState FileRegistryKey::load() {
     // Only a plain file is read: a device or a pipe could block or never end.
     if (!info.isFile())
         return FileState::NotAFile;
+    if (info.size() > maxFileSize)
+        return FileState::Damaged;
     QFile f(m_path);
     if (!f.open(QIODevice::ReadOnly))
         return FileState::Damaged;
-    const QByteArray bytes = f.read(maxFileSize + 1);
-    if (bytes.isEmpty())
-        return f.error() == QFileDevice::NoError ? FileState::Missing : FileState::Damaged;
-    if (bytes.size() > maxFileSize || m_file.parse(bytes))
+    // Read in small pieces up to the limit: the size seen above may be
+    // stale or 0 for a file the system makes up as it is read.
+    QByteArray bytes;
+    while (bytes.size() <= maxFileSize) {
+        const QByteArray piece = f.read(4096);
+        if (piece.isEmpty())
+            break;
+        bytes += piece;
+    }
+    if (f.error() != QFileDevice::NoError || bytes.size() > maxFileSize)
         return FileState::Damaged;
-    return FileState::Parsed;
+    if (bytes.isEmpty())
+        return FileState::Missing;
+    return m_file.parse(bytes) ? FileState::Damaged : FileState::Parsed;
 }
 
 bool FileRegistryKey::open() {
