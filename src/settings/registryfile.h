@@ -32,6 +32,7 @@ public:
     bool parse(const QByteArray &bytes);
     QByteArray serialize() const;
 
+    const QList<Section> &sections() const { return m_sections; }
     Section *section(const QString &key);
     Section &addSection(const QString &key);
 
