@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages needed to build, run and test the program.
+# Installs the Debian packages needed to build, run and test the program;
+# --test adds what the tests need, --fuzz what the fuzz targets need.
 # Quick when everything is there already: apt is only called for what is
 # missing. Works as root, uses sudo otherwise.
 set -euo pipefail
@@ -9,10 +10,17 @@ packages=(
     qt6-base-dev qt6-base-dev-tools qt6-serialport-dev libgl-dev
     qt6-qpa-plugins fonts-dejavu-core
 )
-# Extra tools for the tests and for looking at the program without a desktop.
-if [[ "${1:-}" == "--test" ]]; then
-    packages+=(xvfb xauth)
-fi
+for option in "$@"; do
+    case "$option" in
+    # Extra tools for the tests and for looking at the program without a desktop.
+    --test) packages+=(xvfb xauth) ;;
+    # The fuzz targets: clang, its libFuzzer and sanitizer runtimes (only
+    # recommended by clang, so named here) and llvm-symbolizer for readable
+    # reports.
+    --fuzz) packages+=(clang libclang-rt-14-dev llvm) ;;
+    *) echo "install-deps: unknown option $option (--test, --fuzz)" >&2; exit 2 ;;
+    esac
+done
 
 missing=()
 for p in "${packages[@]}"; do
