@@ -28,7 +28,8 @@ public:
     };
 
     // Parses the text (UTF-8, or UTF-16 with a byte order mark). Returns
-    // true (failed) when it is not a registry file; the object is then empty.
+    // true (failed) when it is not a registry file, or not clean text in
+    // those encodings; the object is then empty.
     bool parse(const QByteArray &bytes);
     QByteArray serialize() const;
 

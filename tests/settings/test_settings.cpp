@@ -33,6 +33,16 @@ void write(const QString &path, const QByteArray &bytes) {
     f.write(bytes);
 }
 
+// UTF-16 with a byte order mark, as regedit exports.
+QByteArray utf16(const QString &text) {
+    QByteArray bytes("\xff\xfe");
+    for (QChar c : text) {
+        bytes += char(c.unicode() & 0xff);
+        bytes += char(c.unicode() >> 8);
+    }
+    return bytes;
+}
+
 QByteArray read(const QString &path) {
     QFile f(path);
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
@@ -124,6 +134,11 @@ void TestSettings::unusableFilesActAsMissingKey_data() {
     row("unterminated string", regFile("\"AutosavePath\"=\"C:\\\\x\r\n"), true);
     row("value before any key",
         "Windows Registry Editor Version 5.00\r\n\"DisplaySoot\"=hex:01\r\n", true);
+    // Text that could not be written back as it was read.
+    row("Latin-1 byte", regFile("\"AutosavePath\"=\"C:\\\\M\xfcller\\\\\"\r\n"), true);
+    const QString text = QString::fromLatin1(regFile("\"AutosavePath\"=\"C:\\"));
+    row("UTF-16 lone surrogate", utf16(text + QChar(0xd800) + QStringLiteral("\"\r\n")), true);
+    row("UTF-16 odd byte", utf16(text + QStringLiteral("x\"\r\n")) + 'x', true);
     // Registry text just over the size limit: not read, kept aside.
     QByteArray padded = regFile("\"DisplaySoot\"=hex:01\r\n");
     padded += QByteArray(FileRegistryKey::maxFileSize + 1 - padded.size(), ';');
@@ -227,12 +242,7 @@ void TestSettings::utf16Export() {
     // regedit itself exports UTF-16 with a byte order mark.
     const QString text = QString::fromLatin1(regFile("\"DisplaySoot\"=hex:01\r\n"
                                                      "\"AutosavePath\"=\"D:\\\\auto\\\\\"\r\n"));
-    QByteArray bytes("\xff\xfe");
-    for (QChar c : text) {
-        bytes += char(c.unicode() & 0xff);
-        bytes += char(c.unicode() >> 8);
-    }
-    write(path(), bytes);
+    write(path(), utf16(text));
     FileRegistryKey key(path(), kKey);
     DisplayFlags flags;
     bool percent = false;
