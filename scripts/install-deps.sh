@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages needed to build, run and test the program;
 # --test adds what the tests need, --package what making the Debian package
-# needs.
+# needs, --fuzz what the fuzz targets need.
 # Quick when everything is there already: apt is only called for what is
 # missing. Works as root, uses sudo otherwise.
 set -euo pipefail
@@ -20,7 +20,11 @@ for option in "$@"; do
     # The Debian package: dpkg-shlibdeps computes its dependencies from the
     # binaries, which cpack picks out with file.
     --package) packages+=(dpkg-dev file) ;;
-    *) echo "install-deps: unknown option $option (--test, --package)" >&2; exit 2 ;;
+    # The fuzz targets: clang, its libFuzzer and sanitizer runtimes (only
+    # recommended by clang, so named here) and llvm-symbolizer for readable
+    # reports.
+    --fuzz) packages+=(clang libclang-rt-14-dev llvm) ;;
+    *) echo "install-deps: unknown option $option (--test, --package, --fuzz)" >&2; exit 2 ;;
     esac
 done
 

@@ -14,7 +14,9 @@ ReplyLines::ReplyLines(QByteArrayView reply, char from, char to) {
         const char *const stop = found ? static_cast<const char *>(found) : end;
         std::memcpy(out, p, size_t(stop - p));
         out += stop - p;
-        p = stop + 1;
+        // Past the LF only when there is one: a pointer beyond the end of
+        // the reply is undefined even if never read.
+        p = found ? stop + 1 : end;
     }
     m_text.resize(size_t(out - begin));
     // A branch-free pass the compiler can vectorise. With `from` 0 a NUL

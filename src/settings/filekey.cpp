@@ -8,16 +8,44 @@
 FileRegistryKey::FileRegistryKey(QString filePath, QString fullKey)
     : m_path(std::move(filePath)), m_key(std::move(fullKey)) {}
 
+QString FileRegistryKey::damagedCopyPath(const QString &filePath) {
+    return filePath + QLatin1String(".damaged");
+}
+
+FileRegistryKey::FileState FileRegistryKey::load() {
+    m_file = RegistryFile();
+    const QFileInfo info(m_path);
+    if (!info.exists())
+        return FileState::Missing;
+    // Only a plain file is read: a device or a pipe could block or never end.
+    if (!info.isFile())
+        return FileState::NotAFile;
+    if (info.size() > maxFileSize)
+        return FileState::Damaged;
+    QFile f(m_path);
+    if (!f.open(QIODevice::ReadOnly))
+        return FileState::Damaged;
+    // Read in small pieces up to the limit: the size seen above may be
+    // stale or 0 for a file the system makes up as it is read.
+    QByteArray bytes;
+    while (bytes.size() <= maxFileSize) {
+        const QByteArray piece = f.read(4096);
+        if (piece.isEmpty())
+            break;
+        bytes += piece;
+    }
+    if (f.error() != QFileDevice::NoError || bytes.size() > maxFileSize)
+        return FileState::Damaged;
+    if (bytes.isEmpty())
+        return FileState::Missing;
+    return m_file.parse(bytes) ? FileState::Damaged : FileState::Parsed;
+}
+
 bool FileRegistryKey::open() {
     m_open = false;
     m_dirty = false;
-    QFile f(m_path);
-    if (!f.open(QIODevice::ReadOnly))
-        return true;
-    // A settings file is a few hundred bytes; anything huge is not ours.
-    if (f.size() > 1024 * 1024 || m_file.parse(f.readAll()))
-        return true;
-    if (!m_file.section(m_key))
+    m_state = load();
+    if (m_state != FileState::Parsed || !m_file.section(m_key))
         return true;
     m_open = true;
     return false;
@@ -26,10 +54,10 @@ bool FileRegistryKey::open() {
 bool FileRegistryKey::openOrCreate() {
     if (!open())
         return false;
-    // Keep the other keys of a readable file; start afresh otherwise.
-    QFile f(m_path);
-    if (!f.open(QIODevice::ReadOnly) || f.size() > 1024 * 1024 || m_file.parse(f.readAll()))
-        m_file = RegistryFile();
+    if (m_state == FileState::NotAFile)
+        return true;
+    // A readable file keeps its other keys; anything else starts afresh
+    // (load() left the file empty then).
     m_file.addSection(m_key);
     m_open = true;
     m_dirty = true;
@@ -37,17 +65,31 @@ bool FileRegistryKey::openOrCreate() {
 }
 
 void FileRegistryKey::close() {
-    if (m_open && m_dirty) {
-        // Errors are not reported: the settings then live in memory only.
-        QDir().mkpath(QFileInfo(m_path).absolutePath());
-        QSaveFile out(m_path);
-        if (out.open(QIODevice::WriteOnly)) {
-            out.write(m_file.serialize());
-            out.commit();
-        }
-    }
+    if (m_open && m_dirty)
+        write();
     m_open = false;
     m_dirty = false;
+}
+
+void FileRegistryKey::write() {
+    // Errors are not reported: the settings then live in memory only.
+    QDir().mkpath(QFileInfo(m_path).absolutePath());
+    if (m_state == FileState::Damaged) {
+        // The operator may want to look at what was there, so it is renamed
+        // rather than overwritten (also cheap for a huge file). When that
+        // fails the file stays as it is and nothing is written.
+        const QString kept = damagedCopyPath(m_path);
+        QFile::remove(kept);
+        if (!QFile::rename(m_path, kept))
+            return;
+        m_state = FileState::Missing;
+    }
+    QSaveFile out(m_path);
+    if (out.open(QIODevice::WriteOnly)) {
+        out.write(m_file.serialize());
+        if (out.commit())
+            m_state = FileState::Parsed;
+    }
 }
 
 bool FileRegistryKey::queryByte(const QString &name, uint8_t &out) {

@@ -6,16 +6,25 @@ namespace {
 
 const char kHeader[] = "Windows Registry Editor Version 5.00";
 
-QString decode(const QByteArray &bytes) {
-    if (bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF")) {
-        auto dec = QStringDecoder(bytes.startsWith("\xFF\xFE") ? QStringConverter::Utf16LE
-                                                               : QStringConverter::Utf16BE);
-        return dec(bytes.mid(2));
+// The file's text after its byte order mark. Fails on bytes that are not
+// clean UTF-8 or UTF-16 (a stray Latin-1 byte, a lone surrogate, a cut-off
+// sequence): such text would not be written back as it was read, so the
+// file counts as damaged rather than being altered behind the user's back.
+bool decode(const QByteArray &bytes, QString &text) {
+    QStringConverter::Encoding encoding = QStringConverter::Utf8;
+    qsizetype bom = 0;
+    if (bytes.startsWith("\xFF\xFE")) {
+        encoding = QStringConverter::Utf16LE;
+        bom = 2;
+    } else if (bytes.startsWith("\xFE\xFF")) {
+        encoding = QStringConverter::Utf16BE;
+        bom = 2;
+    } else if (bytes.startsWith("\xEF\xBB\xBF")) {
+        bom = 3;
     }
-    QByteArray b = bytes;
-    if (b.startsWith("\xEF\xBB\xBF"))
-        b.remove(0, 3);
-    return QString::fromUtf8(b);
+    QStringDecoder decoder(encoding, QStringConverter::Flag::Stateless);
+    text = decoder(QByteArrayView(bytes).sliced(bom));
+    return decoder.hasError() || !text.isValidUtf16();
 }
 
 // A quoted registry string: backslash escapes backslash and quote.
@@ -76,7 +85,9 @@ bool parseHex(QStringView text, QByteArray &out) {
 
 bool RegistryFile::parse(const QByteArray &bytes) {
     m_sections.clear();
-    const QString text = decode(bytes);
+    QString text;
+    if (decode(bytes, text))
+        return true;
     // Join continuation lines ("hex:01,02,\" followed by an indented line).
     QStringList lines;
     for (const QString &raw : text.split(QLatin1Char('\n'))) {

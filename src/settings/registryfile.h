@@ -28,10 +28,12 @@ public:
     };
 
     // Parses the text (UTF-8, or UTF-16 with a byte order mark). Returns
-    // true (failed) when it is not a registry file; the object is then empty.
+    // true (failed) when it is not a registry file, or not clean text in
+    // those encodings; the object is then empty.
     bool parse(const QByteArray &bytes);
     QByteArray serialize() const;
 
+    const QList<Section> &sections() const { return m_sections; }
     Section *section(const QString &key);
     Section &addSection(const QString &key);
 

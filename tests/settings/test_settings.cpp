@@ -6,10 +6,15 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
+
+#ifdef Q_OS_UNIX
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -28,6 +33,16 @@ void write(const QString &path, const QByteArray &bytes) {
     f.write(bytes);
 }
 
+// UTF-16 with a byte order mark, as regedit exports.
+QByteArray utf16(const QString &text) {
+    QByteArray bytes("\xff\xfe");
+    for (QChar c : text) {
+        bytes += char(c.unicode() & 0xff);
+        bytes += char(c.unicode() >> 8);
+    }
+    return bytes;
+}
+
 QByteArray read(const QString &path) {
     QFile f(path);
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
@@ -38,11 +53,17 @@ QByteArray read(const QString &path) {
 class TestSettings : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void init() { QVERIFY(m_dir.isValid()); }
+    void init() {
+        QVERIFY(m_dir.isValid());
+        // A row may leave a folder, a huge or a damaged file behind.
+        QDir(path()).removeRecursively();
+        QFile::remove(path());
+        QFile::remove(FileRegistryKey::damagedCopyPath(path()));
+    }
     void firstRunWritesTheDefaults();
     void flagBytes();
-    void unreadableFilesActAsMissingKey_data();
-    void unreadableFilesActAsMissingKey();
+    void unusableFilesActAsMissingKey_data();
+    void unusableFilesActAsMissingKey();
     void autosavePathLimits_data();
     void autosavePathLimits();
     void otherKeysAndValuesSurviveAWrite();
@@ -96,33 +117,93 @@ void TestSettings::flagBytes() {
     QVERIFY(flags.displayTemperature); // missing
 }
 
-void TestSettings::unreadableFilesActAsMissingKey_data() {
+// How the settings file was spoilt, beyond its bytes.
+enum class Spoilt { Bytes, Huge, Folder, Unreadable };
+
+void TestSettings::unusableFilesActAsMissingKey_data() {
     QTest::addColumn<QByteArray>("content");
-    QTest::newRow("garbage") << QByteArray("\x01\x02garbage\xff");
-    QTest::newRow("no header") << QByteArray("[HKEY_LOCAL_MACHINE\\x]\r\n\"A\"=hex:01\r\n");
-    QTest::newRow("other key only")
-        << QByteArray("Windows Registry Editor Version 5.00\r\n\r\n[HKEY_LOCAL_MACHINE\\"
-                      "Software\\Velmora-Systems\\NAK_OS PC-Interface 1.42]\r\n"
-                      "\"DisplaySoot\"=hex:01\r\n");
-    QTest::newRow("broken value") << regFile("\"DisplaySoot\"=hex:0\r\n");
-    QTest::newRow("unterminated string") << regFile("\"AutosavePath\"=\"C:\\\\x\r\n");
-    QTest::newRow("value before any key")
-        << QByteArray("Windows Registry Editor Version 5.00\r\n\"DisplaySoot\"=hex:01\r\n");
-    QTest::newRow("empty") << QByteArray();
+    QTest::addColumn<Spoilt>("spoilt");
+    QTest::addColumn<bool>("keptAside"); // as .damaged before the first write
+    const auto row = [](const char *name, const QByteArray &content, bool keptAside,
+                        Spoilt spoilt = Spoilt::Bytes) {
+        QTest::newRow(name) << content << spoilt << keptAside;
+    };
+    row("garbage", QByteArray("\x01\x02garbage\xff\0\xfe", 14), true);
+    row("no header", "[HKEY_LOCAL_MACHINE\\x]\r\n\"A\"=hex:01\r\n", true);
+    row("broken value", regFile("\"DisplaySoot\"=hex:0\r\n"), true);
+    row("unterminated string", regFile("\"AutosavePath\"=\"C:\\\\x\r\n"), true);
+    row("value before any key",
+        "Windows Registry Editor Version 5.00\r\n\"DisplaySoot\"=hex:01\r\n", true);
+    // Text that could not be written back as it was read.
+    row("Latin-1 byte", regFile("\"AutosavePath\"=\"C:\\\\M\xfcller\\\\\"\r\n"), true);
+    const QString text = QString::fromLatin1(regFile("\"AutosavePath\"=\"C:\\"));
+    row("UTF-16 lone surrogate", utf16(text + QChar(0xd800) + QStringLiteral("\"\r\n")), true);
+    row("UTF-16 odd byte", utf16(text + QStringLiteral("x\"\r\n")) + 'x', true);
+    // Registry text just over the size limit: not read, kept aside.
+    QByteArray padded = regFile("\"DisplaySoot\"=hex:01\r\n");
+    padded += QByteArray(FileRegistryKey::maxFileSize + 1 - padded.size(), ';');
+    row("over the size limit", padded, true);
+    row("100 MB", {}, true, Spoilt::Huge);
+    row("unreadable", regFile("\"DisplaySoot\"=hex:01\r\n"), true, Spoilt::Unreadable);
+    // Nothing to keep: replaced as it is.
+    row("empty", {}, false);
+    row("other key only",
+        "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_LOCAL_MACHINE\\"
+        "Software\\Velmora-Systems\\NAK_OS PC-Interface 1.42]\r\n\"DisplaySoot\"=hex:01\r\n",
+        false);
+    // Not a file: left alone, and the settings last for the run only.
+    row("folder", {}, false, Spoilt::Folder);
 }
 
-void TestSettings::unreadableFilesActAsMissingKey() {
+void TestSettings::unusableFilesActAsMissingKey() {
     QFETCH(QByteArray, content);
-    write(path(), content);
+    QFETCH(Spoilt, spoilt);
+    QFETCH(bool, keptAside);
+    const QString kept = FileRegistryKey::damagedCopyPath(path());
+    write(kept, "an older copy");
+    if (spoilt == Spoilt::Folder) {
+        QVERIFY(QDir().mkpath(path() + QStringLiteral("/inside")));
+    } else {
+        write(path(), content);
+        QFile f(path());
+        if (spoilt == Spoilt::Huge)
+            QVERIFY(f.resize(100 * 1024 * 1024)); // sparse: no 100 MB written
+        if (spoilt == Spoilt::Unreadable) {
+#ifdef Q_OS_UNIX
+            if (::geteuid() == 0)
+                QSKIP("root reads any file");
+#endif
+            QVERIFY(f.setPermissions(QFileDevice::WriteOwner));
+        }
+    }
+    const qint64 size = QFileInfo(path()).size();
+
     FileRegistryKey key(path(), kKey);
     DisplayFlags flags;
     bool percent = false;
     QVERIFY(settings::readRegistry(key, flags, percent));
     QVERIFY(!flags.displaySoot);
     QVERIFY(settings::readAutosavePath(key).isEmpty());
-    // Writing afterwards gives a readable file again.
+    flags.displaySoot = true;
     settings::writeRegistry(key, flags, percent);
-    QVERIFY(!settings::readRegistry(key, flags, percent));
+
+    if (spoilt == Spoilt::Folder) {
+        QVERIFY(QFileInfo(path()).isDir());
+        QCOMPARE(read(kept), QByteArray("an older copy"));
+        QVERIFY(settings::readRegistry(key, flags, percent));
+        return;
+    }
+    // Writing gives a readable file again, and the unusable one is kept.
+    DisplayFlags again;
+    QVERIFY(!settings::readRegistry(key, again, percent));
+    QVERIFY(again.displaySoot);
+    if (keptAside) {
+        QCOMPARE(QFileInfo(kept).size(), size);
+        if (spoilt == Spoilt::Bytes)
+            QCOMPARE(read(kept), content);
+    } else {
+        QCOMPARE(read(kept), QByteArray("an older copy"));
+    }
 }
 
 void TestSettings::autosavePathLimits_data() {
@@ -161,12 +242,7 @@ void TestSettings::utf16Export() {
     // regedit itself exports UTF-16 with a byte order mark.
     const QString text = QString::fromLatin1(regFile("\"DisplaySoot\"=hex:01\r\n"
                                                      "\"AutosavePath\"=\"D:\\\\auto\\\\\"\r\n"));
-    QByteArray bytes("\xff\xfe");
-    for (QChar c : text) {
-        bytes += char(c.unicode() & 0xff);
-        bytes += char(c.unicode() >> 8);
-    }
-    write(path(), bytes);
+    write(path(), utf16(text));
     FileRegistryKey key(path(), kKey);
     DisplayFlags flags;
     bool percent = false;

@@ -70,11 +70,19 @@ void ChartSet::createCharts(const QRect &panelArea) {
         chart(q)->dataView_setTitle(chart_title(q, m_store.waterDisplayPercent));
     }
 
+    // Half the frame's inner size, unless that would put the second column
+    // over the first: then the two columns share what the panel leaves.
+    const QSize area = m_area ? m_area->viewport()->size() : QSize();
+    const int room = (area.width() - (panelArea.isNull() ? 0 : panelArea.right() + 1)) / 2;
+    for (int i = 0; i < chart_quantityCount; ++i) {
+        DataView *view = slot(i);
+        if (room >= 200 && view->width() > room)
+            view->resize(room, view->height());
+    }
     std::array<QSize, 4> sizes;
     for (int i = 0; i < chart_quantityCount; ++i)
         sizes[size_t(i)] = QSize(int(slot(i)->dataView_getWindowSize_x()),
                                  int(slot(i)->dataView_getWindowSize_y()));
-    const QSize area = m_area ? m_area->viewport()->size() : QSize();
     const std::array<QPoint, 4> places = window_chartPlacement(panelArea, area, sizes);
     for (int i = 0; i < chart_quantityCount; ++i)
         slot(i)->dataView_setWindowPosition(places[size_t(i)].x(), places[size_t(i)].y());
