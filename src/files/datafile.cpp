@@ -157,12 +157,5 @@ FileResult DataFile::loadFrom(QIODevice &device, MergeMode mode, const QString &
         break;
     }
 
-    const int32_t n = scanner.count();
-    const int32_t before = m_store.dataPoint_count;
-    if (m_store.merge(m_loadBuffer.get(), n, mode))
-        return FileResult::mergeTooLarge(name, n, before, MeasurementStore::capacity);
-    FileResult result = FileResult::ok();
-    result.oilName = scanner.applyMetadata(m_store, DataFileScanner::Tables::Always);
-    m_store.data_changed = false;
-    return result;
+    return scanner.mergeInto(m_store, mode, DataFileScanner::Tables::Always, name);
 }

@@ -380,6 +380,17 @@ DataFileScanner::DeviceEnd DataFileScanner::scanDevice(QIODevice &device, char *
     }
 }
 
+FileResult DataFileScanner::mergeInto(MeasurementStore &store, MergeMode mode, Tables tables,
+                                      const QString &name) const {
+    const int32_t before = store.dataPoint_count;
+    if (store.merge(m_buffer, count(), mode))
+        return FileResult::mergeTooLarge(name, count(), before, MeasurementStore::capacity);
+    FileResult result = FileResult::ok();
+    result.oilName = applyMetadata(store, tables);
+    store.data_changed = false;
+    return result;
+}
+
 std::optional<QString> DataFileScanner::applyMetadata(MeasurementStore &store,
                                                       Tables tables) const {
     if (alarmThreshold)

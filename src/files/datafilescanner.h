@@ -1,5 +1,7 @@
 #pragma once
 
+#include "files/fileresult.h"
+
 #include "core/datapoint.h"
 #include "core/store.h"
 
@@ -77,6 +79,11 @@ public:
     // starts them empty) or only those the file had a line for. Returns the
     // oil name taken over, for the caller to show.
     std::optional<QString> applyMetadata(MeasurementStore &store, Tables tables) const;
+    // The end of every read: the records merged into the store by mode,
+    // then the metadata taken over and the mark cleared; the result carries
+    // the oil name. A merge that would not fit fails and changes nothing.
+    FileResult mergeInto(MeasurementStore &store, MergeMode mode, Tables tables,
+                         const QString &name) const;
 
     // The reader keeps at most this many pairs per table, although the
     // tables and the writer hold 11.

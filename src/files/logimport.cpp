@@ -71,16 +71,9 @@ FileResult LogImport::importFrom(QIODevice &device, MergeMode mode, int64_t file
         break;
     }
 
-    const int32_t n = scanner.count();
-    const int32_t before = m_store.dataPoint_count;
-    if (m_store.merge(m_loadBuffer.get(), n, mode))
-        return FileResult::mergeTooLarge(name, n, before, MeasurementStore::capacity);
-    FileResult result = FileResult::ok();
     // A log rarely carries calibration lines; one without them keeps the
     // tables the store has.
-    result.oilName = scanner.applyMetadata(m_store, DataFileScanner::Tables::WhenSeen);
-    m_store.data_changed = false;
-    return result;
+    return scanner.mergeInto(m_store, mode, DataFileScanner::Tables::WhenSeen, name);
 }
 
 LogImportRun LogImport::logFiles_import(const QList<LogFileRef> &files, MergeMode mode,

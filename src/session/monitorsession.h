@@ -8,6 +8,7 @@
 #include <QString>
 #include <QTimer>
 
+#include <functional>
 #include <memory>
 
 class Clock;
@@ -122,8 +123,12 @@ signals:
     void busyChanged(bool busy);
 
 private:
-    class BusyScope;
-
+    // Runs one file command unless another one is running; the windows
+    // switch the file commands off meanwhile.
+    void exclusively(const std::function<void()> &work);
+    // The save prompt, then the autosave stopped while data is read; false
+    // when the user cancelled.
+    bool readingMayStart();
     void openData();
     void importLogs(const QList<LogFileRef> &files, MergeMode mode);
     void importDone();  // title, autosave period, zoom reset

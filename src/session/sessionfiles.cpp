@@ -5,7 +5,6 @@
 // reported. The one failure the user is told about is a file whose records
 // do not fit into memory; the store then stays exactly as it was, file name
 // and mark included.
-#include "session/busyscope.h"
 #include "session/monitorsession.h"
 
 #include "core/notifier.h"
@@ -14,6 +13,23 @@
 #include "files/filedialogs.h"
 
 #include <QCoreApplication>
+
+void MonitorSession::exclusively(const std::function<void()> &work) {
+    if (m_busy)
+        return;
+    m_busy = true;
+    emit busyChanged(true);
+    work();
+    m_busy = false;
+    emit busyChanged(false);
+}
+
+bool MonitorSession::readingMayStart() {
+    if (saveChanges_prompt())
+        return false;
+    m_autoSave->autoSave_stop();
+    return true;
+}
 
 QString MonitorSession::openStartPath() const {
     return m_store->fileName_current.isEmpty() ? FileDialogs::initialFolder
@@ -26,33 +42,29 @@ void MonitorSession::reportTooMany(const QString &message) {
 }
 
 void MonitorSession::file_new() {
-    if (m_busy)
-        return;
-    const BusyScope busy(*this);
-    if (saveChanges_prompt())
-        return;
-    m_autoSave->autoSave_stop();
-    m_store->clear();
-    oilName_set(QString());
-    titleRefresh();
-    display_data();
-    m_autoSave->autoSave_restart();
+    exclusively([this] {
+        if (!readingMayStart())
+            return;
+        m_store->clear();
+        oilName_set(QString());
+        titleRefresh();
+        display_data();
+        m_autoSave->autoSave_restart();
+    });
 }
 
 void MonitorSession::file_open() {
-    if (m_busy)
-        return;
-    const BusyScope busy(*this);
-    if (saveChanges_prompt())
-        return;
-    openData();
-    // Whatever happened after the prompt, the charts start unzoomed.
-    QCoreApplication::processEvents();
-    emit zoomResetRequested();
+    exclusively([this] {
+        if (!readingMayStart())
+            return;
+        openData();
+        // Whatever happened after the prompt, the charts start unzoomed.
+        QCoreApplication::processEvents();
+        emit zoomResetRequested();
+    });
 }
 
 void MonitorSession::openData() {
-    m_autoSave->autoSave_stop();
     const QString name = m_seams.dialogs.dialog_openDataFile(openStartPath());
     if (name.isEmpty())
         return; // the autosave stays stopped
@@ -82,10 +94,7 @@ void MonitorSession::openData() {
 }
 
 void MonitorSession::file_save() {
-    if (m_busy)
-        return;
-    const BusyScope busy(*this);
-    saveCommand();
+    exclusively([this] { saveCommand(); });
 }
 
 void MonitorSession::saveCommand() {
@@ -96,10 +105,7 @@ void MonitorSession::saveCommand() {
 }
 
 void MonitorSession::file_saveas() {
-    if (m_busy)
-        return;
-    const BusyScope busy(*this);
-    saveUnder(m_seams.dialogs.dialog_saveDataFile(openStartPath()));
+    exclusively([this] { saveUnder(m_seams.dialogs.dialog_saveDataFile(openStartPath())); });
 }
 
 void MonitorSession::saveUnder(const QString &fileName) {
@@ -113,23 +119,21 @@ void MonitorSession::saveUnder(const QString &fileName) {
 }
 
 void MonitorSession::file_export() {
-    if (m_busy)
-        return;
-    const BusyScope busy(*this);
-    const QString name = m_seams.dialogs.dialog_saveCsvFile(QString());
-    if (!name.isEmpty() && !m_csv->csvFile_export(name, true).failed())
-        titleRefresh();
+    exclusively([this] {
+        const QString name = m_seams.dialogs.dialog_saveCsvFile(QString());
+        if (!name.isEmpty() && !m_csv->csvFile_export(name, true).failed())
+            titleRefresh();
+    });
 }
 
 void MonitorSession::file_setAutosavePath() {
-    if (m_busy)
-        return;
-    const BusyScope busy(*this);
-    const QString folder = m_seams.dialogs.dialog_chooseDirectory(m_store->path_autosave);
-    if (folder.isEmpty())
-        return;
-    // The current autosave file keeps its name; the folder counts from the
-    // next restart on.
-    m_store->path_autosave = folder;
-    settings::writeAutosavePath(*m_settingsKey, m_store->path_autosave);
+    exclusively([this] {
+        const QString folder = m_seams.dialogs.dialog_chooseDirectory(m_store->path_autosave);
+        if (folder.isEmpty())
+            return;
+        // The current autosave file keeps its name; the folder counts from the
+        // next restart on.
+        m_store->path_autosave = folder;
+        settings::writeAutosavePath(*m_settingsKey, m_store->path_autosave);
+    });
 }

@@ -4,7 +4,6 @@
 // autosave while they read and leave it stopped when the user cancels the
 // file or folder choice; they never change fileName_current, except that the
 // folder import names the combined data after the folder's first log.
-#include "session/busyscope.h"
 #include "session/monitorsession.h"
 
 #include "core/notifier.h"
@@ -18,69 +17,63 @@
 #include <QFileInfo>
 
 void MonitorSession::file_import() {
-    if (m_busy)
-        return;
-    const BusyScope busy(*this);
-    if (saveChanges_prompt())
-        return;
-    m_autoSave->autoSave_stop();
-    const QString name = m_seams.dialogs.dialog_openLogFile(openStartPath());
-    if (name.isEmpty())
-        return; // the autosave stays stopped, as for Open
-    const LogFileRef file = logFile_ref(name);
-    const int16_t mode = m_seams.dialogs.dataHandling_choose();
-    if (mode >= 1 && mode <= 3)
-        importLogs({file}, MergeMode(mode));
-    importDone();
+    exclusively([this] {
+        if (!readingMayStart())
+            return;
+        const QString name = m_seams.dialogs.dialog_openLogFile(openStartPath());
+        if (name.isEmpty())
+            return; // the autosave stays stopped, as for Open
+        const LogFileRef file = logFile_ref(name);
+        const int16_t mode = m_seams.dialogs.dataHandling_choose();
+        if (mode >= 1 && mode <= 3)
+            importLogs({file}, MergeMode(mode));
+        importDone();
+    });
 }
 
 void MonitorSession::file_importChain() {
-    if (m_busy)
-        return;
-    const BusyScope busy(*this);
-    if (saveChanges_prompt())
-        return;
-    m_autoSave->autoSave_stop();
-    const QString name = m_seams.dialogs.dialog_openLogFile(openStartPath());
-    if (name.isEmpty())
-        return;
-    if (!logchain::isStartName(QFileInfo(name).fileName())) {
-        m_seams.notifier.message(logchain::invalidStartText, logchain::invalidStartTitle,
-                                 Notifier::Buttons::Ok, Notifier::Icon::Critical);
-        // Nothing was read; the measuring period goes on.
-        m_autoSave->autoSave_restart();
-        return;
-    }
-    const int16_t mode = m_seams.dialogs.dataHandling_choose();
-    if (mode < 1 || mode > 3)
-        return;
-    importLogs(logchain::collect(name), MergeMode(mode));
-    importDone();
+    exclusively([this] {
+        if (!readingMayStart())
+            return;
+        const QString name = m_seams.dialogs.dialog_openLogFile(openStartPath());
+        if (name.isEmpty())
+            return;
+        if (!logchain::isStartName(QFileInfo(name).fileName())) {
+            m_seams.notifier.message(logchain::invalidStartText, logchain::invalidStartTitle,
+                                     Notifier::Buttons::Ok, Notifier::Icon::Critical);
+            // Nothing was read; the measuring period goes on.
+            m_autoSave->autoSave_restart();
+            return;
+        }
+        const int16_t mode = m_seams.dialogs.dataHandling_choose();
+        if (mode < 1 || mode > 3)
+            return;
+        importLogs(logchain::collect(name), MergeMode(mode));
+        importDone();
+    });
 }
 
 void MonitorSession::file_importDir() {
-    if (m_busy)
-        return;
-    const BusyScope busy(*this);
-    if (saveChanges_prompt())
-        return;
-    m_autoSave->autoSave_stop();
-    const QString start = m_store->fileName_current.isEmpty()
-                              ? QStringLiteral("C:")
-                              : QFileInfo(m_store->fileName_current).absolutePath();
-    const QString folder = m_seams.dialogs.dialog_chooseDirectory(start);
-    if (folder.isEmpty())
-        return;
-    const QList<LogFileEntry> entries = logfolder::list(folder);
-    const QString combined = logfolder::combinedFileName(folder, entries);
-    if (!combined.isEmpty())
-        m_store->fileName_current = combined; // where a later Save puts the combined data
-    const QList<int> rows = m_seams.dialogs.dialog_selectImportFiles(entries);
-    const int16_t mode = m_seams.dialogs.dataHandling_choose();
-    if (mode < 1 || mode > 3)
-        return;
-    importLogs(logfolder::files(folder, entries, rows), MergeMode(mode));
-    importDone();
+    exclusively([this] {
+        if (!readingMayStart())
+            return;
+        const QString start = m_store->fileName_current.isEmpty()
+                                  ? QStringLiteral("C:")
+                                  : QFileInfo(m_store->fileName_current).absolutePath();
+        const QString folder = m_seams.dialogs.dialog_chooseDirectory(start);
+        if (folder.isEmpty())
+            return;
+        const QList<LogFileEntry> entries = logfolder::list(folder);
+        const QString combined = logfolder::combinedFileName(folder, entries);
+        if (!combined.isEmpty())
+            m_store->fileName_current = combined; // where a later Save puts the combined data
+        const QList<int> rows = m_seams.dialogs.dialog_selectImportFiles(entries);
+        const int16_t mode = m_seams.dialogs.dataHandling_choose();
+        if (mode < 1 || mode > 3)
+            return;
+        importLogs(logfolder::files(folder, entries, rows), MergeMode(mode));
+        importDone();
+    });
 }
 
 void MonitorSession::importLogs(const QList<LogFileRef> &files, MergeMode mode) {
