@@ -109,32 +109,24 @@ private slots:
         }
     }
 
-    void temperatureLimits_data() {
-        QTest::addColumn<float>("mean");
-        QTest::addColumn<float>("plotted");
-        QTest::newRow("151") << 151.0f << 0.0f;
-        QTest::newRow("150") << 150.0f << 0.0f;
-        QTest::newRow("-50") << -50.0f << -50.0f;
-        QTest::newRow("-50.5") << -50.5f << 0.0f;
-    }
-
-    void temperatureLimits() {
-        QFETCH(float, mean);
-        QFETCH(float, plotted);
-        Fixture f(1);
-        f.store->dataPoints[0].temperature = mean;
-        f.store->dataPoints[0].pressure = mean; // other quantities are not limited
-        QVERIFY(f.refresh());
-        QCOMPARE(f.temperature.points[0].value_y, plotted);
-        QCOMPARE(f.pressure.points[0].value_y, mean);
-    }
-
-    void waterPercentAndAlarmLine() {
-        Fixture f(2);
+    void limitsPercentAndAlarmLine() {
+        // Temperature means outside -50 .. 150 (150 excluded) plot as 0; other
+        // quantities are not limited.
+        Fixture f(3);
+        const float means[] = {150.0f, -50.0f, -50.5f};
+        for (int i = 0; i < 3; ++i)
+            f.store->dataPoints[size_t(i)].temperature = f.store->dataPoints[size_t(i)].pressure =
+                means[i];
         f.store->dataPoints[1].water = 25000.0f;
         f.store->alarmThreshold = -1.0f;
         QVERIFY(f.refresh());
-        // Added even when no threshold is known, and on the water chart only.
+        const auto values = [](const ChartModel &c) {
+            return QList<float>{c.points[0].value_y, c.points[1].value_y, c.points[2].value_y};
+        };
+        QCOMPARE(values(f.temperature), (QList<float>{0, -50, 0}));
+        QCOMPARE(values(f.pressure), (QList<float>{150, -50, -50.5f}));
+        // The alarm line is added even when no threshold is known, and on the
+        // water chart only.
         QCOMPARE((QList<int>{f.water.xLine_count, f.pressure.xLine_count}), (QList<int>{1, 0}));
         QCOMPARE(f.water.xLines[0].value, -1.0f);
         QCOMPARE(f.water.xLines[0].color, qRgb(204, 0, 0));
@@ -146,7 +138,7 @@ private slots:
         QCOMPARE(f.water.xLine_count, 1); // replaced, not added to
         QCOMPARE((QList<float>{f.water.points[1].value_y, f.water.xLines[0].value,
                                f.pressure.points[1].value_y}),
-                 (QList<float>{2.5f, 0.3f, 1001}));
+                 (QList<float>{2.5f, 0.3f, -50}));
     }
 };
 

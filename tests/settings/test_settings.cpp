@@ -128,7 +128,7 @@ void TestSettings::unusableFilesActAsMissingKey_data() {
                         Spoilt spoilt = Spoilt::Bytes) {
         QTest::newRow(name) << content << spoilt << keptAside;
     };
-    row("garbage", QByteArray("\x01\x02garbage\xff\0\xfe", 14), true);
+    row("garbage", QByteArray("\x01\x02garbage\xff\0\xfe", 12), true);
     row("no header", "[HKEY_LOCAL_MACHINE\\x]\r\n\"A\"=hex:01\r\n", true);
     row("broken value", regFile("\"DisplaySoot\"=hex:0\r\n"), true);
     row("unterminated string", regFile("\"AutosavePath\"=\"C:\\\\x\r\n"), true);
