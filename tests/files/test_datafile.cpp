@@ -6,7 +6,7 @@
 #include "files/csvexport.h"
 #include "files/datafile.h"
 #include "files/datafilescanner.h"
-#include "files/fileprogress.h"
+#include "support/recordingprogress.h"
 
 #include <QBuffer>
 #include <QTemporaryDir>
@@ -18,16 +18,8 @@
 
 namespace {
 
-// A progress window that records what it is told, and a device whose
-// writes come up short and whose reads fail once its data runs out.
-class RecordingProgress : public FileProgress {
-public:
-    void progress_begin(const QString &caption) override { captions << caption; }
-    void progress_setValue(int) override {}
-    void progress_end() override { captions << QStringLiteral("end"); }
-    QStringList captions;
-};
-
+// A device whose writes come up short and whose reads fail once its data
+// runs out.
 class FailingDevice : public QIODevice {
 public:
     explicit FailingDevice(qint64 writeLimit, QByteArray data = {})
@@ -180,21 +172,7 @@ void TestDataFile::dataLines() {
     }
     if (text.startsWith("99999"))
         QCOMPARE(int(rig.store.dataPoints[0].year), 32767);
-
-    // Fed a byte at a time the reader never sees a whole line: every block
-    // split must read as the whole-line path does.
-    std::vector<DataPoint> split(4);
-    DataFileScanner scanner(split.data(), 4);
-    scanner.reset(CalTable(), CalTable());
-    for (qsizetype i = 0; i < text.size(); ++i)
-        scanner.scan(text.constData() + i, 1);
-    QCOMPARE(scanner.count(), count);
-    const auto fields = [](const DataPoint &p) {
-        return std::tuple(p.year, p.month, p.day, p.hour, p.minute, p.second, p.water,
-                          p.temperature, p.pressure, p.soot, p.stream, p.adc_meas, p.adc_ref);
-    };
-    for (int i = 0; i < count; ++i)
-        QVERIFY(fields(split[size_t(i)]) == fields(rig.store.dataPoints[size_t(i)]));
+    // Block splits against the whole-line path: fuzz_files_datafile.
 }
 
 void TestDataFile::metadataLines_data() {

@@ -70,7 +70,6 @@ private Q_SLOTS:
     void utf16Export();
     void startUpFolders_data();
     void startUpFolders();
-    void storedAutosavePathIsKept();
 
 private:
     QString path() const { return m_dir.filePath(QStringLiteral("settings.reg")); }
@@ -253,45 +252,38 @@ void TestSettings::utf16Export() {
 
 void TestSettings::startUpFolders_data() {
     QTest::addColumn<bool>("trailingSeparator");
-    QTest::newRow("without separator") << false;
-    QTest::newRow("with separator") << true;
+    QTest::addColumn<QString>("stored"); // the autosave folder in the settings before
+    QTest::newRow("without separator") << false << QString();
+    QTest::newRow("with separator") << true << QString();
+    QTest::newRow("stored folder kept") << false << QStringLiteral("/somewhere/else/");
 }
 
 void TestSettings::startUpFolders() {
     QFETCH(bool, trailingSeparator);
+    QFETCH(QString, stored);
     QTemporaryDir work;
-    QFile::remove(path());
-    QString dir = QDir::toNativeSeparators(work.path());
-    const QString base = dir + QDir::separator();
-    if (trailingSeparator)
-        dir += QDir::separator();
-    auto store = std::make_unique<MeasurementStore>();
     FileRegistryKey key(path(), kKey);
-    prepareFolders(*store, dir, key);
+    if (!stored.isEmpty())
+        settings::writeAutosavePath(key, stored);
+    QString dir = QDir::toNativeSeparators(work.path());
     const QString sep = QDir::separator();
-    QCOMPARE(store->path_base, base);
-    QCOMPARE(store->path_data, base + QStringLiteral("data") + sep);
-    QCOMPARE(store->path_autosave,
-             base + QStringLiteral("data") + sep + QStringLiteral("autosave") + sep);
-    QVERIFY(QDir(store->path_autosave).exists());
+    const QString data = dir + sep + QStringLiteral("data") + sep;
+    if (trailingSeparator)
+        dir += sep;
+    auto store = std::make_unique<MeasurementStore>();
+    prepareFolders(*store, dir, key);
+    QCOMPARE(store->path_base, work.path() + sep);
+    QCOMPARE(store->path_data, data);
+    const QString autosave = data + QStringLiteral("autosave") + sep;
+    QCOMPARE(store->path_autosave, stored.isEmpty() ? autosave : stored);
+    QCOMPARE(QDir(autosave).exists(), stored.isEmpty());
+    QVERIFY(QDir(data).exists());
     QCOMPARE(settings::readAutosavePath(key), store->path_autosave);
     uint32_t version = 0;
     QVERIFY(!key.open());
     QVERIFY(!key.queryDword(QStringLiteral("Version"), version));
     key.close();
     QCOMPARE(version, 143u);
-}
-
-void TestSettings::storedAutosavePathIsKept() {
-    QTemporaryDir work;
-    QFile::remove(path());
-    FileRegistryKey key(path(), kKey);
-    settings::writeAutosavePath(key, QStringLiteral("/somewhere/else/"));
-    auto store = std::make_unique<MeasurementStore>();
-    prepareFolders(*store, work.path(), key);
-    QCOMPARE(store->path_autosave, QStringLiteral("/somewhere/else/"));
-    QVERIFY(QDir(store->path_data).exists());
-    QVERIFY(!QDir(store->path_data + QStringLiteral("autosave")).exists());
 }
 
 QTEST_GUILESS_MAIN(TestSettings)
