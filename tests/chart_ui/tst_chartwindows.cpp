@@ -7,8 +7,8 @@
 #include "core/store.h"
 
 #include <QMdiArea>
-#include <algorithm>
 #include <QTest>
+#include <algorithm>
 
 #include <memory>
 
