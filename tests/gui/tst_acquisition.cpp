@@ -123,13 +123,17 @@ void TestAcquisition::toolboxWaitsForThePoll() {
     connect(r.sim, &SensorSimulator::commandReceived, this,
             [&](const QByteArray &c) { commands << c.trimmed(); });
     Toolbox toolbox(r.session.link());
+    toolbox.show();
+    QVERIFY(QTest::qWaitForWindowActive(&toolbox));
     r.session.link().com_startQuery(); // the immediate "list" is under way
     toolbox.Text_command->setText(QStringLiteral("alarmlimit get"));
-    toolbox.Command_send->click();
     QSignalSpy replied(&r.session.link(), &DeviceLink::queryStringReplied);
+    QTest::keyClick(toolbox.Text_command, Qt::Key_Return); // sends once, like the button
     QVERIFY(replied.wait(kWaitMs));
     r.session.link().com_stopQuery();
+    QTest::qWait(500);
     QCOMPARE(commands.mid(0, 2), (QList<QByteArray>{"list", "alarmlimit get"}));
+    QCOMPARE(commands.count("alarmlimit get"), 1);
     const QString shown = toolbox.Text_replies->toPlainText();
     QVERIFY(shown.startsWith(QStringLiteral("> alarmlimit get\nalarmlimit get<CR><LF>\n")));
     QVERIFY(shown.contains(QStringLiteral("ALARMVALUE")));

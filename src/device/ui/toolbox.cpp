@@ -33,7 +33,7 @@ Toolbox::Toolbox(DeviceLink &link, QWidget *parent) : QDialog(parent), m_link(li
     resize(560, 400);
 
     connect(Command_send, &QPushButton::clicked, this, &Toolbox::send);
-    connect(Text_command, &QLineEdit::returnPressed, this, &Toolbox::send);
+    // Return in the command line presses the default button: one send.
     connect(Command_clear, &QPushButton::clicked, Text_replies, &QPlainTextEdit::clear);
     connect(&link, &DeviceLink::queryStringReplied, this, [this](const QString &reply) {
         showReply(m_pending.isEmpty() ? QString() : m_pending.takeFirst(), reply);
@@ -46,6 +46,8 @@ void Toolbox::send() {
         return;
     m_pending << command;
     m_link.com_queryString(command + QLatin1String("\r\n"));
+    // Kept for sending again; typing replaces it.
+    Text_command->selectAll();
 }
 
 void Toolbox::showReply(const QString &command, const QString &reply) {
