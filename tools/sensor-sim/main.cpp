@@ -79,8 +79,9 @@ int main(int argc, char **argv) {
                                                      "and exit."));
     const QCommandLineOption writeLogs(
         QStringLiteral("write-logs"),
-        QStringLiteral("Write daily log files into DIR (named as the sensor names them, a "
-                       "reading every --interval, 60000 ms unless given) and exit."),
+        QStringLiteral(
+            "Write daily log files into DIR (made if missing; named as the sensor names them, a "
+            "reading every --interval, 60000 ms unless given) and exit."),
         QStringLiteral("dir"));
     const QCommandLineOption days(QStringLiteral("days"),
                                   QStringLiteral("Days of logs to write (default 1)."),

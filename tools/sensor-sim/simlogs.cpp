@@ -71,6 +71,7 @@ QStringList writeSimLogs(const SimLogOptions &o, QString *error) {
     ReadingGenerator generator(o.seed, o.stream);
     QStringList written;
     int64_t record = 0;
+    QDir().mkpath(o.folder); // a folder it cannot make shows as the first file's failure
     for (QDate day = o.start; day <= last; day = day.addDays(1)) {
         const QString path = QDir(o.folder).filePath(simLogName(day));
         QFile file(path);
