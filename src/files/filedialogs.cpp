@@ -48,7 +48,10 @@ QString FileDialogs::startPath(const QString &initialPath) {
 #ifdef Q_OS_WIN
     return initialPath;
 #else
-    if (initialPath.compare(initialFolder, Qt::CaseInsensitive) == 0)
+    // The drive root, with or without its separator ("Import directory"
+    // starts at "C:").
+    if (initialPath.compare(initialFolder, Qt::CaseInsensitive) == 0 ||
+        initialPath.compare(initialFolder.chopped(1), Qt::CaseInsensitive) == 0)
         return QDir::homePath();
     return initialPath;
 #endif

@@ -49,8 +49,8 @@ public:
     // "Text data files (*.txt);;All files (*.*)": Qt reads the patterns from
     // the parentheses, so a description without them gets its pattern added.
     static QString qtFilter(const QString &filter);
-    // The folder or file a dialog opens at: "C:\" is the home folder on
-    // systems without drive letters; anything else is kept.
+    // The folder or file a dialog opens at: "C:\" (or "C:") is the home
+    // folder on systems without drive letters; anything else is kept.
     static QString startPath(const QString &initialPath);
 };
 

@@ -4,6 +4,7 @@
 #include "files/ui/importselectiondialog.h"
 #include "files/ui/qtfiledialogs.h"
 
+#include <QDir>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
@@ -36,6 +37,7 @@ class TestFilesUi : public QObject {
 private slots:
     void dataHandlingDialog();
     void importSelection();
+    void dialogStartAndFilters();
 };
 
 void TestFilesUi::dataHandlingDialog() {
@@ -106,6 +108,21 @@ void TestFilesUi::importSelection() {
         QTest::keyClick(&dialog, Qt::Key_Escape);
     });
     QVERIFY(dialog.choose(entries).isEmpty());
+}
+
+void TestFilesUi::dialogStartAndFilters() {
+    const QString home = QDir::homePath();
+    const QList<std::pair<QString, QString>> starts = {
+        {QStringLiteral("C:\\"), home},
+        {QStringLiteral("c:"), home},
+        {QStringLiteral("/data/run1.txt"), QStringLiteral("/data/run1.txt")},
+        {QStringLiteral("C:\\x"), QStringLiteral("C:\\x")}};
+    for (const auto &[given, opened] : starts)
+        QCOMPARE(FileDialogs::startPath(given), opened);
+    QCOMPARE(FileDialogs::qtFilter(FileDialogs::logFilter),
+             QStringLiteral("Log files (*.log);;All files (*.*)"));
+    QCOMPARE(FileDialogs::qtFilter(QStringLiteral("Data|*.txt;*.dat|")),
+             QStringLiteral("Data (*.txt *.dat)"));
 }
 
 QTEST_MAIN(TestFilesUi)
