@@ -29,6 +29,16 @@ DataPoint reading(int second) {
         .year = 2024, .month = 3, .day = 5, .hour = 14, .minute = 22, .second = uint8_t(second)};
 }
 
+// A store of `held` points, starting with the small file's, saved as
+// /data/run1.txt.
+void holdSavedPoints(MeasurementStore &store, int held) {
+    fillSmallStore(store);
+    store.dataPoint_count = held;
+    store.reindex();
+    store.data_changed = false;
+    store.fileName_current = u"/data/run1.txt"_s;
+}
+
 } // namespace
 
 class TestSession : public QObject {
@@ -182,11 +192,7 @@ void TestSession::open() {
     const bool tooMany = held > 3;
     if (!file.isEmpty() && QDir::isRelativePath(file))
         file = f.dir.filePath(file);
-    fillSmallStore(f.store());
-    f.store().dataPoint_count = held;
-    f.store().reindex();
-    f.store().data_changed = false;
-    f.store().fileName_current = u"/data/run1.txt"_s;
+    holdSavedPoints(f.store(), held);
     QSignalSpy zoomResets(&f.session, &MonitorSession::zoomResetRequested);
     QSignalSpy oilNames(&f.session, &MonitorSession::oilNameShown);
     f.dialogs.fileAnswers << file;
@@ -301,11 +307,7 @@ void TestSession::imports() {
     QString error;
     QCOMPARE(writeSimLogs(logs, &error).size(), 3);
     const QString folder = logs.folder + QLatin1Char('/');
-    fillSmallStore(f.store());
-    f.store().dataPoint_count = held;
-    f.store().reindex();
-    f.store().data_changed = false;
-    f.store().fileName_current = u"/data/run1.txt"_s;
+    holdSavedPoints(f.store(), held);
     QSignalSpy zoomResets(&f.session, &MonitorSession::zoomResetRequested);
     f.dialogs.modeAnswers << int16_t(mode);
     if (command == u"folder"_s) {
