@@ -109,7 +109,7 @@ QString appOptionsHelp() {
         "The ORLUK Water Monitor: reads an in-line oil condition sensor on a serial\n"
         "port and charts water in oil, temperature, pressure and soot.\n"
         "\n"
-        "  --demo         run the built-in simulated sensor and lead \"COM 1\" to it\n"
+        "  --demo         run the built-in simulated sensor as \"COM 1\"\n"
         "  --port N       select \"COM N\" (N from 1 to 19) at start-up\n"
         "  --start-query  start the query at the end of start-up\n"
         "  --query-interval MS\n"
