@@ -37,7 +37,6 @@ void TestAppOptions::parse_data() {
         << Action::Run << true << 0 << false << none << false;
     QTest::newRow("Qt's value is not ours") << args("-qwindowtitle --port")
         << Action::Run << false << 0 << false << none << false;
-    QTest::newRow("help") << args("--help") << Action::Help << false << 0 << false << none << false;
     QTest::newRow("-h") << args("-h") << Action::Help << false << 0 << false << none << false;
     QTest::newRow("version") << args("--demo -v") << Action::Version
         << true << 0 << false << none << false;
@@ -45,8 +44,6 @@ void TestAppOptions::parse_data() {
         << Action::Help << false << 0 << false << none << false;
     QTest::newRow("unknown option") << args("--bogus --help")
         << Action::Fail << false << 0 << false << QStringLiteral("unknown option '--bogus'") << true;
-    QTest::newRow("unknown short option") << args("-x")
-        << Action::Fail << false << 0 << false << QStringLiteral("'-x'") << true;
     QTest::newRow("one dash for ours") << args("-demo")
         << Action::Fail << false << 0 << false << QStringLiteral("'-demo'") << true;
     QTest::newRow("file argument") << args("data.txt")
@@ -57,14 +54,10 @@ void TestAppOptions::parse_data() {
         << Action::Fail << false << 0 << false << QStringLiteral("'--port' needs a value") << true;
     QTest::newRow("flag with value") << args("--demo=1")
         << Action::Fail << false << 0 << false << QStringLiteral("takes no value") << true;
-    QTest::newRow("port 0") << args("--port 0")
+    QTest::newRow("port 0") << args("--port=0")
         << Action::Fail << false << 0 << false << QStringLiteral("from 1 to 19, not '0'") << false;
-    QTest::newRow("port 20") << args("--port=20")
-        << Action::Fail << false << 0 << false << QStringLiteral("not '20'") << false;
     QTest::newRow("port COM3") << args("--port COM3")
         << Action::Fail << false << 0 << false << QStringLiteral("not 'COM3'") << false;
-    QTest::newRow("port 2.5") << args("--port 2.5")
-        << Action::Fail << false << 0 << false << QStringLiteral("not '2.5'") << false;
     QTest::newRow("empty port") << args("--port=")
         << Action::Fail << false << 0 << false << QStringLiteral("not ''") << false;
     QTest::newRow("poll period too short") << args("--query-interval 99")
