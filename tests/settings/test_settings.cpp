@@ -64,10 +64,7 @@ private Q_SLOTS:
     void flagBytes();
     void unusableFilesActAsMissingKey_data();
     void unusableFilesActAsMissingKey();
-    void autosavePathLimits_data();
-    void autosavePathLimits();
     void otherKeysAndValuesSurviveAWrite();
-    void utf16Export();
     void startUpFolders_data();
     void startUpFolders();
 
@@ -96,24 +93,36 @@ void TestSettings::firstRunWritesTheDefaults() {
                                    "\"Version\"=dword:0000008f\r\n"
                                    "\"AutosavePath\"=\"C:\\\\data\\\\autosave\\\\\"\r\n"));
     QCOMPARE(settings::readAutosavePath(key), QStringLiteral("C:\\data\\autosave\\"));
+    // A path of 255 characters or more reads as none.
+    for (const int length : {0, 254, 255, 300}) {
+        const QString folder(length, QLatin1Char('a'));
+        settings::writeAutosavePath(key, folder);
+        QCOMPARE(settings::readAutosavePath(key), length < 255 ? folder : QString());
+    }
 }
 
+// Read as written and as regedit exports (UTF-16 with a byte order mark).
 void TestSettings::flagBytes() {
-    write(path(), regFile("\"DisplayWater\"=hex:00\r\n\"DisplaySoot\"=hex:02\r\n"
-                          "\"PrintPressure\"=hex:ff\r\n\"WaterDisplayPercent\"=hex:01\r\n"
-                          "\"PrintWater\"=hex:01,00\r\n\"DisplayPressure\"=dword:00000000\r\n"));
-    FileRegistryKey key(path(), kKey);
-    DisplayFlags flags;
-    bool percent = false;
-    QVERIFY(!settings::readRegistry(key, flags, percent));
-    QVERIFY(!flags.displayWater);
-    QVERIFY(flags.displaySoot);   // any byte above 0 is on
-    QVERIFY(flags.printPressure); // 0xff too
-    QVERIFY(percent);
-    // Values that are not a single byte leave the flag as it was.
-    QVERIFY(flags.printWater);
-    QVERIFY(flags.displayPressure);
-    QVERIFY(flags.displayTemperature); // missing
+    const QByteArray text =
+        regFile("\"DisplayWater\"=hex:00\r\n\"DisplaySoot\"=hex:02\r\n"
+                "\"PrintPressure\"=hex:ff\r\n\"WaterDisplayPercent\"=hex:01\r\n"
+                "\"PrintWater\"=hex:01,00\r\n\"DisplayPressure\"=dword:00000000\r\n"
+                "\"AutosavePath\"=\"D:\\\\auto\\\\\"\r\n");
+    for (const QByteArray &bytes : {text, utf16(QString::fromLatin1(text))}) {
+        write(path(), bytes);
+        FileRegistryKey key(path(), kKey);
+        DisplayFlags flags;
+        bool percent = false;
+        QVERIFY(!settings::readRegistry(key, flags, percent));
+        QVERIFY(!flags.displayWater);
+        QVERIFY(flags.displaySoot);   // any byte above 0 is on
+        QVERIFY(flags.printPressure); // 0xff too
+        QVERIFY(percent);
+        // Values that are not a single byte leave the flag as it was.
+        QVERIFY(flags.printWater && flags.displayPressure);
+        QVERIFY(flags.displayTemperature); // missing
+        QCOMPARE(settings::readAutosavePath(key), QStringLiteral("D:\\auto\\"));
+    }
 }
 
 // How the settings file was spoilt, beyond its bytes.
@@ -205,25 +214,6 @@ void TestSettings::unusableFilesActAsMissingKey() {
     }
 }
 
-void TestSettings::autosavePathLimits_data() {
-    QTest::addColumn<int>("length");
-    QTest::addColumn<bool>("kept");
-    QTest::newRow("empty") << 0 << false;
-    QTest::newRow("254 characters") << 254 << true;
-    QTest::newRow("255 characters") << 255 << false;
-    QTest::newRow("300 characters") << 300 << false;
-}
-
-void TestSettings::autosavePathLimits() {
-    QFETCH(int, length);
-    QFETCH(bool, kept);
-    QFile::remove(path());
-    FileRegistryKey key(path(), kKey);
-    const QString folder = QString(length, QLatin1Char('a'));
-    settings::writeAutosavePath(key, folder);
-    QCOMPARE(settings::readAutosavePath(key), kept ? folder : QString());
-}
-
 void TestSettings::otherKeysAndValuesSurviveAWrite() {
     write(path(), regFile("\"ComPort1\"=\"/dev/ttyUSB0\"\r\n\"Odd\"=hex(2):41,00\r\n") +
                       "\r\n[HKEY_CURRENT_USER\\Other]\r\n\"Keep\"=\"me\"\r\n");
@@ -235,19 +225,6 @@ void TestSettings::otherKeysAndValuesSurviveAWrite() {
     QVERIFY(after.contains("\"DisplayWater\"=hex:01\r\n"));
     QCOMPARE(settings::comPortDevice(key, 1), QStringLiteral("/dev/ttyUSB0"));
     QVERIFY(settings::comPortDevice(key, 2).isEmpty());
-}
-
-void TestSettings::utf16Export() {
-    // regedit itself exports UTF-16 with a byte order mark.
-    const QString text = QString::fromLatin1(regFile("\"DisplaySoot\"=hex:01\r\n"
-                                                     "\"AutosavePath\"=\"D:\\\\auto\\\\\"\r\n"));
-    write(path(), utf16(text));
-    FileRegistryKey key(path(), kKey);
-    DisplayFlags flags;
-    bool percent = false;
-    QVERIFY(!settings::readRegistry(key, flags, percent));
-    QVERIFY(flags.displaySoot);
-    QCOMPARE(settings::readAutosavePath(key), QStringLiteral("D:\\auto\\"));
 }
 
 void TestSettings::startUpFolders_data() {
