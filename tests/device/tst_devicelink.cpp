@@ -15,30 +15,28 @@ namespace {
 // Enough for a few exchanges of 200 ms silence each on a loaded machine.
 constexpr int kWaitMs = 5000;
 
-// The link on the simulated sensor's pseudo-terminal, with `prefill` readings
-// logged; the tests add further readings themselves.
+// The link on the simulated sensor's pseudo-terminal, `prefill` readings logged.
 struct Rig {
-    explicit Rig(int prefill, SimFaults faults = {}) : sim(options(prefill, faults)) {
+    explicit Rig(int prefill, SimFaults faults = {})
+        : sim(SimOptions{.readingIntervalMs = 0, .prefill = prefill, .faults = faults}) {
         if (sim.open())
             qFatal("cannot open a pseudo-terminal");
         device = sim.portPath();
         link.setConfiguredPort([this](int) { return device; });
         link.com_init();
     }
-
-    static SimOptions options(int prefill, SimFaults faults) {
-        SimOptions o;
-        o.readingIntervalMs = 0;
-        o.prefill = prefill;
-        o.faults = faults;
-        return o;
+    bool poll(int ms = kWaitMs) {
+        link.com_app_getList();
+        return polled.wait(ms);
     }
+    ListReplyResult lastPoll() const { return polled.last().first().value<ListReplyResult>(); }
 
     std::unique_ptr<MeasurementStore> store = std::make_unique<MeasurementStore>();
     ScriptedNotifier notifier;
     SensorSimulator sim;
     QString device;
     DeviceLink link{*store, notifier};
+    QSignalSpy polled{&link, &DeviceLink::listPolled};
 };
 
 } // namespace
@@ -48,76 +46,70 @@ class TestDeviceLink : public QObject {
 
 private slots:
     void listPollsAddEachReadingOnce();
-    void replyPacing_data();
-    void replyPacing();
+    void replyEnd_data();
+    void replyEnd();
     void queryString_data();
     void queryString();
     void missingPortWarnsOncePerRun();
-    void unplugMidReplyEndsCleanly();
     void endlessTalkerKeepsExchangeAliveAndSkipsTicks();
 };
 
 void TestDeviceLink::listPollsAddEachReadingOnce() {
     Rig rig(3);
-    QSignalSpy polled(&rig.link, &DeviceLink::listPolled);
     rig.link.com_app_getList();
     QVERIFY(rig.link.portIsOpen());
-    QVERIFY(polled.wait(kWaitMs));
+    QVERIFY(rig.polled.wait(kWaitMs));
     QVERIFY(!rig.link.portIsOpen());
     QCOMPARE(rig.store->dataPoint_count, 3);
     QVERIFY(rig.store->data_changed);
-    // The last stored point is the last logged line.
-    const DataPoint &p = rig.store->dataPoints[2];
-    QVERIFY(rig.sim.logLines().back().contains(" WATER " +
-                                               QByteArray::number(double(p.water), 'f', 1) + ' '));
+    const QByteArray water = QByteArray::number(double(rig.store->dataPoints[2].water), 'f', 1);
+    QVERIFY(rig.sim.logLines().back().contains(" WATER " + water + ' '));
 
     rig.sim.addReading();
     rig.sim.addReading();
-    rig.link.com_app_getList();
-    QVERIFY(polled.wait(kWaitMs));
-    const auto second = polled.last().first().value<ListReplyResult>();
-    QVERIFY(second.echoOk);
-    QCOMPARE(second.added, 2);
-    QCOMPARE(second.duplicates, 3);
+    QVERIFY(rig.poll());
+    QVERIFY(rig.lastPoll().echoOk);
+    QCOMPARE(rig.lastPoll().added, 2);
+    QCOMPARE(rig.lastPoll().duplicates, 3);
     QCOMPARE(rig.store->dataPoint_count, 5);
     QCOMPARE(rig.notifier.shown.size(), 0);
 }
 
-void TestDeviceLink::replyPacing_data() {
-    QTest::addColumn<int>("gapMs");
-    QTest::addColumn<int>("byteDelayMs");
+// How a reply ends: slow bytes and short pauses are waited for; a long pause
+// or an unplugged device ends it, keeping the whole lines read so far.
+void TestDeviceLink::replyEnd_data() {
+    QTest::addColumn<SimFaults>("faults");
+    QTest::addColumn<int>("logged");
     QTest::addColumn<bool>("whole");
-    QTest::newRow("bytes 3 ms apart") << 0 << 3 << true;
-    QTest::newRow("100 ms gap inside the reply") << 100 << 0 << true;
-    QTest::newRow("400 ms gap ends the reply") << 400 << 0 << false;
+    QTest::newRow("bytes 3 ms apart") << SimFaults{.byteDelayMs = 3} << 2 << true;
+    QTest::newRow("100 ms gap inside the reply") << SimFaults{.gapMs = 100} << 10 << true;
+    QTest::newRow("400 ms gap ends the reply") << SimFaults{.gapMs = 400} << 10 << false;
+    QTest::newRow("unplugged mid-reply") << SimFaults{.closeMidReply = true} << 10 << false;
 }
 
-void TestDeviceLink::replyPacing() {
-    QFETCH(int, gapMs);
-    QFETCH(int, byteDelayMs);
+void TestDeviceLink::replyEnd() {
+    QFETCH(SimFaults, faults);
+    QFETCH(int, logged);
     QFETCH(bool, whole);
-    SimFaults pacing;
-    pacing.gapMs = gapMs;
-    pacing.byteDelayMs = byteDelayMs;
-    Rig rig(byteDelayMs ? 2 : 10, pacing);
-    QSignalSpy polled(&rig.link, &DeviceLink::listPolled);
+    Rig rig(logged, faults);
     QSignalSpy sent(&rig.sim, &SensorSimulator::replySent);
-    rig.link.com_app_getList();
-    QVERIFY(polled.wait(4 * kWaitMs));
+    QVERIFY(rig.poll(4 * kWaitMs));
     const int first = rig.store->dataPoint_count;
-    if (whole) {
-        QCOMPARE(first, byteDelayMs ? 2 : 10);
+    if (whole)
+        QCOMPARE(first, logged);
+    else
+        QVERIFY(first > 0 && first < logged);
+    QVERIFY(!rig.link.portIsOpen() && !rig.link.exchangeRunning());
+    QCOMPARE(rig.notifier.shown.size(), 0);
+    if (whole || faults.closeMidReply)
         return;
-    }
-    QVERIFY(first > 0 && first < 10);
     // The rest of the reply, sent after the port was closed, is lost and
     // does not spoil the next reply's echo check.
     QVERIFY(!sent.isEmpty() || sent.wait(kWaitMs));
     rig.sim.setFaults({});
-    rig.link.com_app_getList();
-    QVERIFY(polled.wait(kWaitMs));
-    QVERIFY(polled.last().first().value<ListReplyResult>().echoOk);
-    QCOMPARE(rig.store->dataPoint_count, 10);
+    QVERIFY(rig.poll());
+    QVERIFY(rig.lastPoll().echoOk);
+    QCOMPARE(rig.store->dataPoint_count, logged);
 }
 
 void TestDeviceLink::queryString_data() {
@@ -130,10 +122,7 @@ void TestDeviceLink::queryString_data() {
 void TestDeviceLink::queryString() {
     QFETCH(QString, command);
     QFETCH(bool, silent);
-    SimFaults faults;
-    faults.nulBytes = true;
-    faults.silent = silent;
-    Rig rig(1, faults);
+    Rig rig(1, {.nulBytes = true, .silent = silent});
     QSignalSpy replied(&rig.link, &DeviceLink::queryStringReplied);
     QSignalSpy commands(&rig.sim, &SensorSimulator::commandReceived);
     rig.link.com_queryString(command + QStringLiteral("\r\n"));
@@ -150,13 +139,11 @@ void TestDeviceLink::missingPortWarnsOncePerRun() {
     Rig rig(1);
     rig.device = QStringLiteral("/nonexistent/tty-nakos");
     rig.link.com_openComPort();
-    QVERIFY(!rig.link.portIsOpen());
     QCOMPARE(rig.notifier.shown.size(), 0); // opening alone never complains
 
-    QSignalSpy polled(&rig.link, &DeviceLink::listPolled);
     rig.link.setQueryInterval(20);
     rig.link.com_startQuery();
-    QTRY_VERIFY_WITH_TIMEOUT(polled.size() >= 3, kWaitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(rig.polled.size() >= 3, kWaitMs);
     QCOMPARE(rig.notifier.shown.size(), 1);
     const ScriptedNotifier::Shown &box = rig.notifier.shown.first();
     QCOMPARE(box.text, QStringLiteral("Com port not available"));
@@ -177,26 +164,8 @@ void TestDeviceLink::missingPortWarnsOncePerRun() {
     QCOMPARE(rig.notifier.shown.size(), 4);
 }
 
-void TestDeviceLink::unplugMidReplyEndsCleanly() {
-    SimFaults unplug;
-    unplug.closeMidReply = true;
-    Rig rig(10, unplug);
-    QSignalSpy polled(&rig.link, &DeviceLink::listPolled);
-    QSignalSpy gone(&rig.sim, &SensorSimulator::unplugged);
-    rig.link.com_app_getList();
-    QVERIFY(polled.wait(kWaitMs));
-    QCOMPARE(gone.size(), 1);
-    QVERIFY(!rig.link.portIsOpen() && !rig.link.exchangeRunning());
-    // The whole lines that arrived before the unplug are kept.
-    QVERIFY(rig.store->dataPoint_count > 0 && rig.store->dataPoint_count < 10);
-    QCOMPARE(rig.notifier.shown.size(), 0);
-}
-
 void TestDeviceLink::endlessTalkerKeepsExchangeAliveAndSkipsTicks() {
-    SimFaults flood;
-    flood.flood = true;
-    Rig rig(4, flood);
-    QSignalSpy polled(&rig.link, &DeviceLink::listPolled);
+    Rig rig(4, {.flood = true});
     QSignalSpy commands(&rig.sim, &SensorSimulator::commandReceived);
     int otherTimerTicks = 0;
     QTimer other;
@@ -205,10 +174,9 @@ void TestDeviceLink::endlessTalkerKeepsExchangeAliveAndSkipsTicks() {
     rig.link.setQueryInterval(100);
     rig.link.com_startQuery();
     // While the sensor talks, the exchange stays open, other timers keep
-    // running, the query ticks find the poll busy and are skipped, and no
-    // more of the reply is kept than the cap.
+    // running, the query ticks are skipped, and the reply is capped.
     QTRY_COMPARE_WITH_TIMEOUT(rig.link.replyBytes(), DeviceLink::kMaxReplyBytes, kWaitMs);
-    QVERIFY(!polled.wait(400));
+    QVERIFY(!rig.polled.wait(400));
     QCOMPARE(rig.link.replyBytes(), DeviceLink::kMaxReplyBytes);
     QVERIFY(rig.link.exchangeRunning() && rig.link.pollRunning());
     QVERIFY(otherTimerTicks > 10);
@@ -217,21 +185,19 @@ void TestDeviceLink::endlessTalkerKeepsExchangeAliveAndSkipsTicks() {
     // is stopped, no further exchange follows.
     connect(&rig.link, &DeviceLink::listPolled, &rig.link, &DeviceLink::com_stopQuery);
     rig.sim.setFaults({});
-    QVERIFY(polled.wait(kWaitMs));
+    QVERIFY(rig.polled.wait(kWaitMs));
     QVERIFY(!commands.wait(400));
     QCOMPARE(commands.size(), 1);
-    // What was kept is the beginning of what the sensor sent, so every line
-    // read from it is one the sensor sent whole.
+    // What was kept is the beginning of what the sensor sent, every line whole.
     QByteArray sent = rig.sim.replyTo("list");
     for (size_t i = 0; sent.size() < DeviceLink::kMaxReplyBytes; ++i)
         sent += rig.sim.logLines()[i % 4] + "\r\n";
     sent.truncate(DeviceLink::kMaxReplyBytes);
     auto expected = std::make_unique<MeasurementStore>();
-    const ListReplyResult want = applyListReply(sent, *expected);
-    const auto got = polled.first().first().value<ListReplyResult>();
+    const auto got = rig.polled.first().first().value<ListReplyResult>();
     QCOMPARE(got.added, 4);
     QCOMPARE(got.invalid, 0);
-    QCOMPARE(got.lines, want.lines);
+    QCOMPARE(got.lines, applyListReply(sent, *expected).lines);
 }
 
 QTEST_GUILESS_MAIN(TestDeviceLink)

@@ -32,11 +32,8 @@ struct Run {
     }
     // The tool's own lines on standard error; Qt may add platform notes.
     QList<QByteArray> toolLines() {
-        QList<QByteArray> lines;
-        for (const QByteArray &l : process.readAllStandardError().split('\n')) {
-            if (l.startsWith("nakos-tool: "))
-                lines << l;
-        }
+        QList<QByteArray> lines = process.readAllStandardError().split('\n');
+        lines.removeIf([](const QByteArray &l) { return !l.startsWith("nakos-tool: "); });
         return lines;
     }
     QProcess process;
@@ -63,10 +60,7 @@ void TestRecord::recordsToTheOutput_data() {
 void TestRecord::recordsToTheOutput() {
     QFETCH(bool, polls);
     QTemporaryDir dir;
-    SimOptions options;
-    options.readingIntervalMs = 0;
-    options.prefill = 5;
-    SensorSimulator sim(options);
+    SensorSimulator sim(SimOptions{.readingIntervalMs = 0, .prefill = 5, .faults = {}});
     QVERIFY(!sim.open());
     QSignalSpy commands(&sim, &SensorSimulator::commandReceived);
     Run run(dir, QStringLiteral("--port %1 --interval 300%2 out.txt")
@@ -91,12 +85,11 @@ void TestRecord::recordsToTheOutput() {
     QCOMPARE(store->dataPoint_count, 5);
     if (!polls)
         return;
-    QStringList sent;
+    QByteArrayList sent;
     for (const QList<QVariant> &c : commands)
-        sent << QString::fromLatin1(c.first().toByteArray());
-    QCOMPARE(sent.join(QLatin1Char(',')),
-             QStringLiteral("list,alarmlimit get,calibration get,list,alarmlimit get,"
-                            "calibration get,list"));
+        sent << c.first().toByteArray();
+    QCOMPARE(sent.join(','),
+             "list,alarmlimit get,calibration get,list,alarmlimit get,calibration get,list");
     QCOMPARE(store->alarmThreshold, 500.0f);
     QCOMPARE(store->calSource.count, int16_t(3));
     QCOMPARE(store->calTable.count, int16_t(2));
@@ -105,13 +98,14 @@ void TestRecord::recordsToTheOutput() {
 void TestRecord::badCommandLines_data() {
     QTest::addColumn<QString>("args");
     QTest::addColumn<QByteArray>("error"); // the last line on standard error
-    QTest::newRow("no port") << QStringLiteral("out.txt")
-                             << QByteArray("record: expected --port DEVICE and one OUTPUT");
-    QTest::newRow("zero polls") << QStringLiteral("--port 1 --polls 0 out.txt")
-                                << QByteArray("record: --polls must be a positive whole number");
-    QTest::newRow("output cannot be created")
-        << QStringLiteral("--port /nonexistent/tty --polls 1 /nonexistent/dir/out.txt")
-        << QByteArray();
+    const auto row = [](const char *name, const char *args, const char *error) {
+        QTest::newRow(name) << QString::fromLatin1(args) << QByteArray(error);
+    };
+    row("no port", "out.txt", "record: expected --port DEVICE and one OUTPUT");
+    row("zero polls", "--port 1 --polls 0 out.txt",
+        "record: --polls must be a positive whole number");
+    row("output cannot be created", "--port /nonexistent/tty --polls 1 /nonexistent/dir/out.txt",
+        "");
 }
 
 void TestRecord::badCommandLines() {

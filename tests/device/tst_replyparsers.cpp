@@ -47,11 +47,8 @@ private slots:
     void listLine_valuesReadAsStrToSingle();
     void listReply_data();
     void listReply();
-    void listReply_fullStoreAddsNothing();
-    void alarmReply_data();
-    void alarmReply();
-    void calibrationReply_data();
-    void calibrationReply();
+    void metaReply_data();
+    void metaReply();
 };
 
 void TestReplyParsers::listLine_data() {
@@ -125,11 +122,8 @@ void TestReplyParsers::listLine_valuesReadAsStrToSingle() {
         DataPoint p;
         QVERIFY(parseListLine(view(line), p));
         const float want = str_toSingle(view(" " + text + " "));
-        if (std::bit_cast<uint32_t>(p.water) != std::bit_cast<uint32_t>(want))
-            QFAIL(qPrintable(QStringLiteral("WATER %1 read as %2, expected %3")
-                                 .arg(QString::fromLatin1(text))
-                                 .arg(double(p.water), 0, 'g', 9)
-                                 .arg(double(want), 0, 'g', 9)));
+        QVERIFY2(std::bit_cast<uint32_t>(p.water) == std::bit_cast<uint32_t>(want),
+                 ("WATER " + text).constData());
     }
 }
 
@@ -187,23 +181,21 @@ void TestReplyParsers::listReply() {
     QCOMPARE(store->data_changed, r.added > 0);
 }
 
-void TestReplyParsers::listReply_fullStoreAddsNothing() {
-    auto store = std::make_unique<MeasurementStore>();
-    store->dataPoint_count = MeasurementStore::capacity; // blank points fill it
-    store->reindex();
-    const ListReplyResult r = applyListReply(replyOf({kLine}), *store);
-    QCOMPARE(r.full, 1);
-    QCOMPARE(store->dataPoint_count, MeasurementStore::capacity);
-    QVERIFY(!store->data_changed);
-}
-
-void TestReplyParsers::alarmReply_data() {
+// Both readers see every reply, so each must also leave alone what the other's
+// reply sets. Before: threshold -1, source 9:90;8:80, table 7:70.
+void TestReplyParsers::metaReply_data() {
     QTest::addColumn<QByteArray>("reply");
-    QTest::addColumn<float>("threshold"); // starts at -1, stays there when nothing is set
+    QTest::addColumn<float>("threshold");
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QString>("table");
 
-    const auto row = [](const char *name, const QByteArray &reply, float threshold) {
-        QTest::newRow(name) << reply << threshold;
+    const auto row = [](const char *name, const QByteArray &reply, float threshold,
+                        const char *source = "9:90;8:80", const char *table = "7:70") {
+        QTest::newRow(name) << reply << threshold << QString::fromLatin1(source)
+                            << QString::fromLatin1(table);
     };
+    const auto cal = [&row](const char *name, const QByteArray &reply, const char *source,
+                            const char *table) { row(name, reply, -1.f, source, table); };
     row("echo and limit line", "alarmlimit get\r\nALARMVALUE 500 ALARMDELAY 10\r\n", 500.f);
     row("delay missing", "ALARMVALUE 350\r\n", -1.f);
     row("value missing", "ALARMDELAY 350\r\n", -1.f);
@@ -215,69 +207,46 @@ void TestReplyParsers::alarmReply_data() {
     row("line without CR ignored", "alarmlimit get\r\nALARMVALUE 500 ALARMDELAY 10", -1.f);
     row("LF line ends only", "ALARMVALUE 500 ALARMDELAY 10\n", -1.f);
     row("empty reply", "", -1.f);
-}
-
-void TestReplyParsers::alarmReply() {
-    QFETCH(QByteArray, reply);
-    QFETCH(float, threshold);
-
-    auto store = std::make_unique<MeasurementStore>();
-    QCOMPARE(store->alarmThreshold, -1.f);
-    QCOMPARE(applyAlarmReply(reply, *store), threshold != -1.f);
-    QCOMPARE(store->alarmThreshold, threshold);
-    QVERIFY(!store->data_changed);
-}
-
-void TestReplyParsers::calibrationReply_data() {
-    QTest::addColumn<QByteArray>("reply");
-    QTest::addColumn<QString>("source"); // before: 9:90;8:80
-    QTest::addColumn<QString>("table");  // before: 7:70
-
-    const auto row = [](const char *name, const QByteArray &reply, const char *source,
-                        const char *table) {
-        QTest::newRow(name) << reply << QString::fromLatin1(source) << QString::fromLatin1(table);
-    };
-    row("source and table",
+    cal("source and table",
         "calibration get\r\nCAL SOURCE\r\n0.125\t150\r\n0.25\t300\r\nCAL TABLE\r\n0.5\t600\r\n",
         "0.125:150;0.25:300", "0.5:600");
-    row("no reply leaves both", "", "9:90;8:80", "7:70");
-    row("no heading leaves both", "calibration get\r\n0.5\t600\r\n", "9:90;8:80", "7:70");
-    row("only a table heading clears the source too", "CAL TABLE\r\n1\t10\r\n", "", "1:10");
-    row("heading without CAL", "SOURCE\r\n1\t10\r\n", "1:10", "");
-    row("table before source, cleared once",
+    row("no heading leaves both", "calibration get\r\n0.5\t600\r\n", -1.f);
+    cal("only a table heading clears the source too", "CAL TABLE\r\n1\t10\r\n", "", "1:10");
+    cal("heading without CAL", "SOURCE\r\n1\t10\r\n", "1:10", "");
+    cal("table before source, cleared once",
         "CAL TABLE\r\n1\t10\r\nCAL SOURCE\r\n2\t20\r\nCAL TABLE\r\n3\t30\r\n", "2:20", "1:10;3:30");
-    row("rows before a heading ignored", "5\t50\r\nCAL SOURCE\r\n1\t10\r\n", "1:10", "");
-    row("other CAL lines skipped", "CAL SOURCE\r\nCALIBRATED 2024\r\n1\t10\r\n", "1:10", "");
-    row("single field pairs with 0", "CAL SOURCE\r\n0.3\r\n", "0.3:0", "");
-    row("one-character last field dropped", "CAL SOURCE\r\n0.5\t6\r\n0.5\t60\r\n", "0.5:0;0.5:60",
+    cal("rows before a heading ignored", "5\t50\r\nCAL SOURCE\r\n1\t10\r\n", "1:10", "");
+    cal("other CAL lines skipped", "CAL SOURCE\r\nCALIBRATED 2024\r\n1\t10\r\n", "1:10", "");
+    cal("single field pairs with 0", "CAL SOURCE\r\n0.3\r\n", "0.3:0", "");
+    cal("one-character last field dropped", "CAL SOURCE\r\n0.5\t6\r\n0.5\t60\r\n", "0.5:0;0.5:60",
         "");
-    row("one-character row gives nothing", "CAL SOURCE\r\n5\r\n", "", "");
-    row("blanks inside fields removed", "CAL SOURCE\r\n0. 5 \t 6 0\r\n", "0.5:60", "");
-    row("empty first field stops the split", "CAL SOURCE\r\n\t5\t60\r\n", "", "");
-    row("extra fields ignored", "CAL SOURCE\r\n1\t10\t11\t12\r\n", "1:10", "");
-    row("decimal comma", "CAL TABLE\r\n0,125\t150\r\n", "", "0.125:150");
-    row("unreadable numbers read 0", "CAL TABLE\r\nAB\tCD\r\n", "", "0:0");
-    row("last row without CR ignored", "CAL SOURCE\r\n1\t10\r\n2\t20", "1:10", "");
+    cal("one-character row gives nothing", "CAL SOURCE\r\n5\r\n", "", "");
+    cal("blanks inside fields removed", "CAL SOURCE\r\n0. 5 \t 6 0\r\n", "0.5:60", "");
+    cal("empty first field stops the split", "CAL SOURCE\r\n\t5\t60\r\n", "", "");
+    cal("extra fields ignored", "CAL SOURCE\r\n1\t10\t11\t12\r\n", "1:10", "");
+    cal("decimal comma", "CAL TABLE\r\n0,125\t150\r\n", "", "0.125:150");
+    cal("unreadable numbers read 0", "CAL TABLE\r\nAB\tCD\r\n", "", "0:0");
+    cal("last row without CR ignored", "CAL SOURCE\r\n1\t10\r\n2\t20", "1:10", "");
 
     QByteArray twelve = "CAL SOURCE\r\n";
     for (int i = 1; i <= 12; ++i)
         twelve += QByteArray::number(i) + "\t" + QByteArray::number(i * 100) + "\r\n";
-    row("12 rows keep the first 10", twelve,
+    cal("12 rows keep the first 10", twelve,
         "1:100;2:200;3:300;4:400;5:500;6:600;7:700;8:800;9:900;10:1000", "");
 }
 
-void TestReplyParsers::calibrationReply() {
+void TestReplyParsers::metaReply() {
     QFETCH(QByteArray, reply);
+    QFETCH(float, threshold);
     QFETCH(QString, source);
     QFETCH(QString, table);
 
     auto store = std::make_unique<MeasurementStore>();
-    store->calSource.count = 2;
-    store->calSource.pairs[0] = {9, 90};
-    store->calSource.pairs[1] = {8, 80};
-    store->calTable.count = 1;
-    store->calTable.pairs[0] = {7, 70};
-    applyCalibrationReply(reply, *store);
+    store->calSource = CalTable{{{9, 90}, {8, 80}}, 2};
+    store->calTable = CalTable{{{7, 70}}, 1};
+    QCOMPARE(applyAlarmReply(reply, *store), threshold != -1.f);
+    QCOMPARE(store->alarmThreshold, threshold);
+    QCOMPARE(applyCalibrationReply(reply, *store), source != QLatin1String("9:90;8:80"));
     QCOMPARE(tableText(store->calSource), source);
     QCOMPARE(tableText(store->calTable), table);
     QVERIFY(!store->data_changed);
