@@ -18,12 +18,14 @@
 
 namespace {
 
-// A device whose writes come up short and whose reads fail once its data
-// runs out.
+// A device, open for reading when given data and else for writing, whose
+// writes come up short and whose reads fail once its data runs out.
 class FailingDevice : public QIODevice {
 public:
     explicit FailingDevice(qint64 writeLimit, QByteArray data = {})
-        : m_writeLimit(writeLimit), m_data(std::move(data)) {}
+        : m_writeLimit(writeLimit), m_data(std::move(data)) {
+        open((m_data.isEmpty() ? WriteOnly : ReadOnly) | Unbuffered);
+    }
     QByteArray written;
 
 protected:
@@ -121,41 +123,41 @@ void TestDataFile::goldenBytes() {
     QCOMPARE(rig.save(), header);
 }
 
+// Each row: the text, the records read, the water value and stream of the last.
 void TestDataFile::dataLines_data() {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<int>("count");
-    QTest::addColumn<float>("water"); // of the last record
+    QTest::addColumn<float>("water");
     QTest::addColumn<int>("stream");
-
+    const auto row = [](const char *name, const QByteArray &text, int count = 0, float water = 0.0f,
+                        int stream = 2) {
+        QTest::newRow(name) << text << count << water << stream;
+    };
     const QByteArray d = "2024-03-07\t09:05:00\t";
     const QByteArray t = "\t1013.25\t45.10\t0.35\t31245\t28790\t2";
-    QTest::newRow("decimal comma") << d + "12,5" + t + "\r\n" << 1 << 12.5f << 2;
-    QTest::newRow("three fields only, slot reused") << d + "77\r\n" + d + "5" + t + "\r\n"
-                                                    << 1 << 5.0f << 2;
-    QTest::newRow("comment line") << "# " + d + "1" + t + "\r\n" << 0 << 0.0f << 0;
-    QTest::newRow("leading blank") << " " + d + "1" + t + "\r\n" << 0 << 0.0f << 0;
-    QTest::newRow("# after the stream") << d + "3" + t + "\t# x\r\n" << 1 << 3.0f << 2;
-    QTest::newRow("# glued to the stream") << d + "3" + t + "# x\r\n" << 0 << 0.0f << 0;
-    QTest::newRow("# in the stream") << d + "3\t1\t2\t3\t4\t5\t6#\r\n" << 0 << 0.0f << 0;
-    QTest::newRow("letter in a number") << d + "1e3" + t + "\r\n" << 0 << 0.0f << 0;
-    QTest::newRow("minus inside a number") << d + "1-2" + t + "\r\n" << 1 << 0.0f << 2;
-    QTest::newRow("64-char number") << d + QByteArray(60, '0') + "12.5" + t + "\r\n"
-                                    << 1 << 12.5f << 2;
-    QTest::newRow("65-char number reads 0") << d + "0.5" + QByteArray(62, '0') + t + "\r\n"
-                                            << 1 << 0.0f << 2;
-    QTest::newRow("empty fields") << d + "\t\t\t\t\t\t\r\n" << 1 << 0.0f << 0;
-    QTest::newRow("stream rounded") << d + "1\t2\t3\t4\t5\t6\t2.6\r\n" << 1 << 1.0f << 3;
-    QTest::newRow("LF, CR") << d + "7" + t + "\n" + d + "8" + t + "\r" << 2 << 8.0f << 2;
-    QTest::newRow("last line without an end") << d + "8" + t << 0 << 0.0f << 0;
-    QTest::newRow("tab, no line end") << d + "8" + t + "\t" << 0 << 0.0f << 0;
+    row("decimal comma", d + "12,5" + t + "\r\n", 1, 12.5f);
+    row("three fields only, slot reused", d + "77\r\n" + d + "5" + t + "\r\n", 1, 5.0f);
+    row("comment line", "# " + d + "1" + t + "\r\n");
+    row("leading blank", " " + d + "1" + t + "\r\n");
+    row("# after the stream", d + "3" + t + "\t# x\r\n", 1, 3.0f);
+    row("# glued to the stream", d + "3" + t + "# x\r\n");
+    row("# in the stream", d + "3\t1\t2\t3\t4\t5\t6#\r\n");
+    row("letter in a number", d + "1e3" + t + "\r\n");
+    row("minus inside a number", d + "1-2" + t + "\r\n", 1);
+    row("64-char number", d + QByteArray(60, '0') + "12.5" + t + "\r\n", 1, 12.5f);
+    row("65-char number reads 0", d + "0.5" + QByteArray(62, '0') + t + "\r\n", 1);
+    row("empty fields", d + "\t\t\t\t\t\t\r\n", 1, 0.0f, 0);
+    row("stream rounded", d + "1\t2\t3\t4\t5\t6\t2.6\r\n", 1, 1.0f, 3);
+    row("LF, CR", d + "7" + t + "\n" + d + "8" + t + "\r", 2, 8.0f);
+    row("last line without an end", d + "8" + t);
+    row("tab, no line end", d + "8" + t + "\t");
     // Fields longer than a read block: a number reads 0, a year is held at
     // its largest value.
-    QTest::newRow("long water") << d + QByteArray(100000, '1') + t + "\r\n" << 1 << 0.0f << 2;
-    QTest::newRow("long year, then a normal line")
-        << QByteArray(100000, '9') + "-03-07\t09:05:00\t1" + t + "\r\n" + d + "6" + t + "\r\n"
-        << 2 << 6.0f << 2;
-    QTest::newRow("title line") << header << 0 << 0.0f << 0;
-    QTest::newRow("unknown key") << QByteArray(":foo=2024-03-07\r\n") << 0 << 0.0f << 0;
+    row("long water", d + QByteArray(100000, '1') + t + "\r\n", 1);
+    row("long year, then a normal line",
+        QByteArray(100000, '9') + "-03-07\t09:05:00\t1" + t + "\r\n" + d + "6" + t + "\r\n", 2,
+        6.0f);
+    row("unknown key", ":foo=2024-03-07\r\n");
 }
 
 void TestDataFile::dataLines() {
@@ -175,31 +177,31 @@ void TestDataFile::dataLines() {
     // Block splits against the whole-line path: fuzz_files_datafile.
 }
 
+// Each row: the text, the calibration pairs read and the oil name if any.
 void TestDataFile::metadataLines_data() {
     QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QStringList>("oilNames");
     QTest::addColumn<int>("pairs");
-
-    const QStringList none;
+    QTest::addColumn<QStringList>("oilNames");
+    const auto row = [](const char *name, const QByteArray &text, int pairs,
+                        const QStringList &oilNames = {}) {
+        QTest::newRow(name) << text << pairs << oilNames;
+    };
     const int cap = DataFileScanner::maxMetaLine;
-    QTest::newRow("empty oil name") << QByteArray(":oilname=\r\n") << QStringList{QString()} << 0;
-    QTest::newRow("over the line cap") << ":oilname=" + QByteArray(cap + 5000, 'x') + "\r\n"
-                                       << QStringList{QString(cap - 9, QLatin1Char('x'))} << 0;
-    QTest::newRow("Latin-1, trimmed, # kept") << QByteArray(":oilname=  Gear #2 \xE9l \r\n")
-                                              << QStringList{QStringLiteral("Gear #2 \xE9l")} << 0;
-    QTest::newRow("no value") << QByteArray(":alarmthreshold=\r\n") << none << 0;
-    QTest::newRow("empties skipped, odd one out")
-        << QByteArray(":calsource=\t0.1\t\t5\t0,2\r\n") << none << 1;
-    QTest::newRow("second line adds")
-        << QByteArray(":calsource=1\t2\t3\t4\r\n:calsource=5\t6\r\n") << none << 3;
-    QTest::newRow("ten pairs kept") << ":calsource=" + QByteArray("1\t2\t").repeated(12) + "\r\n"
-                                    << none << 10;
+    row("empty oil name", ":oilname=\r\n", 0, {QString()});
+    row("over the line cap", ":oilname=" + QByteArray(cap + 5000, 'x') + "\r\n", 0,
+        {QString(cap - 9, QLatin1Char('x'))});
+    row("Latin-1, trimmed, # kept", ":oilname=  Gear #2 \xE9l \r\n", 0,
+        {QStringLiteral("Gear #2 \xE9l")});
+    row("no value", ":alarmthreshold=\r\n", 0);
+    row("empties skipped, odd one out", ":calsource=\t0.1\t\t5\t0,2\r\n", 1);
+    row("second line adds", ":calsource=1\t2\t3\t4\r\n:calsource=5\t6\r\n", 3);
+    row("ten pairs kept", ":calsource=" + QByteArray("1\t2\t").repeated(12) + "\r\n", 10);
 }
 
 void TestDataFile::metadataLines() {
     QFETCH(QByteArray, text);
-    QFETCH(QStringList, oilNames);
     QFETCH(int, pairs);
+    QFETCH(QStringList, oilNames);
     Rig rig;
     rig.store.alarmThreshold = 33.0f;
     rig.store.calSource.count = 3;
@@ -248,8 +250,6 @@ void TestDataFile::failuresChangeNothing() {
     const QByteArray csv = fileBytes(testData("small.csv"));
     for (const char *at : {"", "Turbine", "caltable", "Soot", "0999-12-31"}) {
         FailingDevice a(txt.indexOf(at) + 2), b(csv.indexOf(at) + 2);
-        a.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
-        b.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
         QCOMPARE(rig.file.dataFile_save(a, false).code, FileResult::Code::WriteFailed);
         QCOMPARE(rig.csv.csvFile_export(b, false).code, FileResult::Code::WriteFailed);
         QVERIFY(txt.startsWith(a.written));
@@ -263,7 +263,6 @@ void TestDataFile::failuresChangeNothing() {
     QCOMPARE(r.code, FileResult::Code::OpenFailed);
     QVERIFY(r.message.contains(missing));
     FailingDevice device(0, (header + records(2000)).left(DataFile::blockSize + 100));
-    device.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     QCOMPARE(rig.file.dataFile_load(device, MergeMode::Replace, false).code,
              FileResult::Code::ReadFailed);
     QVERIFY(rig.store.data_changed);

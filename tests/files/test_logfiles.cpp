@@ -7,16 +7,10 @@
 
 #include <QDate>
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
 namespace {
-
-bool writeFile(const QString &path, const QByteArray &bytes) {
-    QFile f(path);
-    return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
-}
 
 // The sensor's name of a day's log, from the calendar (year digit = years
 // since 2020).
@@ -34,44 +28,32 @@ private slots:
     void chain_data();
     void chain();
     void chainStopsAt100();
-    void startNames_data();
     void startNames();
     void folder();
 };
 
+// Each row: the files present, the chain found from the start (the first of
+// them unless given).
 void TestLogFiles::chain_data() {
     QTest::addColumn<QStringList>("present");
     QTest::addColumn<QString>("start");
     QTest::addColumn<QStringList>("chain");
-    const auto list = [](const char *names) {
-        return QString::fromLatin1(names).split(QLatin1Char(' '));
+    const auto row = [](const char *name, const char *present, const char *chain,
+                        const char *start = nullptr) {
+        const QStringList files = QString::fromLatin1(present).split(u' ');
+        QTest::newRow(name) << files << (start ? QString::fromLatin1(start) : files[0])
+                            << QString::fromLatin1(chain).split(u' ', Qt::SkipEmptyParts);
     };
-    QTest::newRow("30 April, 1 May, 2 May missing")
-        << list("NAKOS44U.log NAKOS451.log NAKOS453.log") << QStringLiteral("NAKOS44U.log")
-        << list("NAKOS44U.log NAKOS451.log");
-    QTest::newRow("31 December, 1 January")
-        << list("NAKOS4CV.log NAKOS511.log") << QStringLiteral("NAKOS4CV.log")
-        << list("NAKOS4CV.log NAKOS511.log");
-    QTest::newRow("leap year: a missing 29 February ends it")
-        << list("NAKOS42S.log NAKOS431.log") << QStringLiteral("NAKOS42S.log")
-        << list("NAKOS42S.log");
-    QTest::newRow("leap year: 29 February")
-        << list("NAKOS42S.log NAKOS42T.log NAKOS431.log") << QStringLiteral("NAKOS42S.log")
-        << list("NAKOS42S.log NAKOS42T.log NAKOS431.log");
-    QTest::newRow("common year: 28 February, 1 March")
-        << list("NAKOS52S.log NAKOS531.log") << QStringLiteral("NAKOS52S.log")
-        << list("NAKOS52S.log NAKOS531.log");
-    QTest::newRow("year 9 to year A")
-        << list("NAKOS9CV.x NAKOSA11.x") << QStringLiteral("NAKOS9CV.x")
-        << list("NAKOS9CV.x NAKOSA11.x");
-    QTest::newRow("start missing")
-        << list("NAKOS412.log") << QStringLiteral("NAKOS411.log") << QStringList();
-    QTest::newRow("rest of the name kept")
-        << list("NAKOS411_a.txt NAKOS412_a.txt NAKOS413.txt") << QStringLiteral("NAKOS411_a.txt")
-        << list("NAKOS411_a.txt NAKOS412_a.txt");
-    QTest::newRow("a letter year in the start name reads 0")
-        << list("NAKOSA11.log NAKOS011.log") << QStringLiteral("NAKOSA11.log")
-        << list("NAKOS011.log");
+    row("30 April, 1 May, 2 May missing", "NAKOS44U NAKOS451 NAKOS453", "NAKOS44U NAKOS451");
+    row("31 December, 1 January", "NAKOS4CV NAKOS511", "NAKOS4CV NAKOS511");
+    row("leap year: a missing 29 February ends it", "NAKOS42S NAKOS431", "NAKOS42S");
+    row("leap year: 29 February", "NAKOS42S NAKOS42T NAKOS431", "NAKOS42S NAKOS42T NAKOS431");
+    row("common year: 28 February, 1 March", "NAKOS52S NAKOS531", "NAKOS52S NAKOS531");
+    row("year 9 to year A", "NAKOS9CV.x NAKOSA11.x", "NAKOS9CV.x NAKOSA11.x");
+    row("start missing", "NAKOS412", "", "NAKOS411");
+    row("rest of the name kept", "NAKOS411_a.txt NAKOS412_a.txt NAKOS413.txt",
+        "NAKOS411_a.txt NAKOS412_a.txt");
+    row("a letter year in the start name reads 0", "NAKOSA11.log NAKOS011.log", "NAKOS011.log");
 }
 
 void TestLogFiles::chain() {
@@ -101,24 +83,14 @@ void TestLogFiles::chainStopsAt100() {
     QCOMPARE(chain.constLast().size, 99);
 }
 
-void TestLogFiles::startNames_data() {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("valid");
-    QTest::newRow("5 March") << QStringLiteral("NAKOS435.log") << true;
-    QTest::newRow("letter year") << QStringLiteral("NAKOSZCV") << true;
-    QTest::newRow("lower-case prefix") << QStringLiteral("nakos435.log") << false;
-    QTest::newRow("prefix inside") << QStringLiteral("XNAKOS435.log") << false;
-    QTest::newRow("too short") << QStringLiteral("NAKOS43") << false;
-    QTest::newRow("month 0") << QStringLiteral("NAKOS405.log") << false;
-    QTest::newRow("month 13") << QStringLiteral("NAKOS4D5.log") << false;
-    QTest::newRow("day 32") << QStringLiteral("NAKOS43W.log") << false;
-    QTest::newRow("lower-case day") << QStringLiteral("NAKOS43a.log") << false;
-}
-
+// Invalid: lower-case prefix, prefix inside, too short, month 0, month 13,
+// day 32, lower-case day.
 void TestLogFiles::startNames() {
-    QFETCH(QString, name);
-    QFETCH(bool, valid);
-    QCOMPARE(logchain::isStartName(name), valid);
+    for (const char *name : {"NAKOS435.log", "NAKOSZCV"})
+        QVERIFY2(logchain::isStartName(QLatin1String(name)), name);
+    for (const char *name : {"nakos435.log", "XNAKOS435.log", "NAKOS43", "NAKOS405.log",
+                             "NAKOS4D5.log", "NAKOS43W.log", "NAKOS43a.log"})
+        QVERIFY2(!logchain::isStartName(QLatin1String(name)), name);
 }
 
 // Only "NAKOS" files, in name order, each with the span of its records; the

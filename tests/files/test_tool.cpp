@@ -25,6 +25,12 @@ int tool(const QStringList &args, QByteArray *out = nullptr, QByteArray *err = n
     return p.exitCode();
 }
 
+// What "info" prints for the input, or "failed".
+QByteArray summary(const QStringList &input) {
+    QByteArray info;
+    return tool(QStringList{u"info"_s} + input, &info) == 0 ? info : QByteArray("failed");
+}
+
 } // namespace
 
 class TestTool : public QObject {
@@ -44,10 +50,7 @@ void TestTool::convertAndInfo() {
     const QByteArray linesA = golden.mid(header.size());
     const QByteArray linesB = "2025-01-01\t00:00:01\t1\t2.00\t3.00\t4.00\t5\t6\t7\r\n";
     const QString b = dir.filePath(u"b.txt"_s), out = dir.filePath(u"out.txt"_s);
-    QFile f(b);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(header + linesB);
-    f.close();
+    QVERIFY(writeFile(b, header + linesB));
     QCOMPARE(tool({u"convert"_s, small, dir.filePath(u"OUT.CSV"_s)}), 0);
     QCOMPARE(fileBytes(dir.filePath(u"OUT.CSV"_s)), fileBytes(testData("small.csv")));
     QCOMPARE(tool({u"convert"_s, small, b, out}), 0);
@@ -55,28 +58,19 @@ void TestTool::convertAndInfo() {
     QCOMPARE(tool({u"convert"_s, u"--insert"_s, small, b, out}), 0);
     QCOMPARE(fileBytes(out), header + linesB + linesA);
 
-    QByteArray info;
-    QCOMPARE(tool({u"info"_s, small}, &info), 0);
-    QCOMPARE(info, QByteArray("points: 3\nfirst: 2024-03-07 09:05:00\nlast: 0999-12-31 23:59:59\n"
-                              "oilname: Turbine oil T46\nalarmthreshold: 850\ncalsource: 2\n"
-                              "caltable: 1\n"));
+    QCOMPARE(summary({small}),
+             QByteArray("points: 3\nfirst: 2024-03-07 09:05:00\nlast: 0999-12-31 23:59:59\n"
+                        "oilname: Turbine oil T46\nalarmthreshold: 850\ncalsource: 2\n"
+                        "caltable: 1\n"));
 }
 
 // Log files one by one or as a chain, in either order, summed up and drawn.
 void TestTool::logsAndChain() {
     QTemporaryDir dir;
     const QString day1 = dir.filePath(u"NAKOS435.log"_s), day2 = dir.filePath(u"NAKOS436.log"_s);
-    QFile f1(day1), f2(day2);
-    QVERIFY(f1.open(QIODevice::WriteOnly) && f2.open(QIODevice::WriteOnly));
-    f1.write(":oilname=Hydraulic 32\r\n" + fixedLines(2));
-    f2.write(" 2024-03-06 10:00:00 WATER 5\r\n");
-    f1.close();
-    f2.close();
+    QVERIFY(writeFile(day1, ":oilname=Hydraulic 32\r\n" + fixedLines(2)));
+    QVERIFY(writeFile(day2, " 2024-03-06 10:00:00 WATER 5\r\n"));
     const QString out = dir.filePath(u"out.txt"_s);
-    const auto summary = [&](const QStringList &input) {
-        QByteArray info;
-        return tool(QStringList{u"info"_s} + input, &info) == 0 ? info : QByteArray("failed");
-    };
     QCOMPARE(tool({u"convert"_s, u"--chain"_s, day1, out}), 0);
     QCOMPARE(summary({out}), QByteArray("points: 3\nfirst: 2024-03-05 00:00:00\nlast: 2024-03-06 "
                                         "10:00:00\noilname: Hydraulic 32\nalarmthreshold: -1\n"
