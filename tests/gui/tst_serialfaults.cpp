@@ -2,6 +2,8 @@
 // the port or the sensor misbehaves: the store keeps its points, takes no
 // reading the sensor did not send, and polling recovers once the fault goes.
 // The exchange rules themselves are tested in tst_devicelink.
+#include "chart/ui/chartset.h"
+#include "chart/ui/dataview.h"
 #include "device/devicelink.h"
 #include "device/listreply.h"
 #include "gui/mainwindow.h"
@@ -203,8 +205,20 @@ void TestSerialFaults::floodKeepsTheWindowUsable() {
     panel.Command1->click();
     QTRY_COMPARE_WITH_TIMEOUT(link.replyBytes(), DeviceLink::kMaxReplyBytes, kWaitMs);
 
-    // While the line floods, a menu command's dialog opens and closes (the
-    // link test checks that timers keep running).
+    // While the line floods, a chart window repaints when asked and a menu
+    // command's dialog opens and closes.
+    struct PaintCounter : QObject {
+        int n = 0;
+        bool eventFilter(QObject *, QEvent *e) override {
+            n += e->type() == QEvent::Paint;
+            return false;
+        }
+    } painted;
+    DataView *chart = r.main->charts()->slot(0);
+    chart->installEventFilter(&painted);
+    chart->update();
+    QTRY_VERIFY_WITH_TIMEOUT(painted.n > 0, kWaitMs);
+    chart->removeEventFilter(&painted);
     bool aboutShown = false;
     QTimer::singleShot(100, this, [&] {
         if (QWidget *dialog = QApplication::activeModalWidget()) {
