@@ -1,7 +1,6 @@
 // nakos-monitor: the desktop program.
 #include "core/appoptions.h"
 #include "core/clock.h"
-#include "device/devicelink.h"
 #include "files/ui/progresswindow.h"
 #include "files/ui/qtfiledialogs.h"
 #include "gui/demosensor.h"
@@ -14,7 +13,6 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QPushButton>
 
 #include <cstdio>
 
@@ -54,13 +52,14 @@ int main(int argc, char **argv) {
     SystemClock clock;
     QtFileDialogs dialogs;
     auto *progress = new ProgressWindow; // the main window takes it below
-    MonitorSession session({notifier, clock, dialogs, progress}, openProgramKey());
+    MeasurementStore store;
+    MonitorSession session({notifier, clock, dialogs, progress}, store, openProgramKey());
     MainWindow window(session);
     progress->setParent(&window, Qt::Tool);
     notifier.setParent(&window);
     dialogs.setParent(&window);
     if (options.queryInterval_ms > 0)
-        session.link().setQueryInterval(options.queryInterval_ms);
+        session.query_setInterval(options.queryInterval_ms);
     if (options.demo) {
         QString error;
         if (startDemoSensor(session, &window, error).isEmpty())
@@ -68,11 +67,11 @@ int main(int argc, char **argv) {
     }
     window.startUp(QDir::currentPath());
     window.show();
-    // A recording station resumes on its own: the port chosen and the query
-    // started as the operator's clicks would.
+    // A recording station resumes on its own: the port chosen in the panel's
+    // list and the query started, as the operator's clicks would.
     if (options.port > 0)
         window.controlPanel()->selectPort(options.port);
     if (options.startQuery)
-        window.controlPanel()->Command1->click();
+        session.query_start();
     return app.exec();
 }

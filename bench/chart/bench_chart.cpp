@@ -13,6 +13,7 @@
 #include "chart/ui/dataview.h"
 #include "common/benchstore.h"
 #include "core/store.h"
+#include "support/sessionfixture.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -104,12 +105,13 @@ int main(int argc, char **argv) {
     const int runs = qEnvironmentVariableIntValue("BENCH_RUNS") > 0
                          ? qEnvironmentVariableIntValue("BENCH_RUNS")
                          : 21;
-    auto store = std::make_unique<MeasurementStore>();
+    SessionFixture fixture;
+    MeasurementStore *store = &fixture.store();
 
     QMdiArea area;
     area.resize(2 * kCanvasWidth + 40, 2 * kCanvasHeight + 60);
     area.show();
-    ChartSet set(*store, &area);
+    ChartSet set(fixture.session, &area);
     set.createCharts(QRect());
     QApplication::processEvents();
 

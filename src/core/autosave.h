@@ -38,7 +38,6 @@ public:
     void tick();
 
     const QString &fileName() const { return m_fileName; }
-    int tickCounter() const { return m_ticks; }
     bool isRunning() const { return Timer_autoSave.isActive(); }
     const QTimer &timer() const { return Timer_autoSave; }
 

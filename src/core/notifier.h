@@ -17,4 +17,12 @@ public:
     // empty but non-null one (QLatin1String("")) shows no title at all.
     virtual Answer message(const QString &text, const QString &title, Buttons buttons,
                            Icon icon) = 0;
+
+    // A message with an OK button that nobody has to answer for the work to
+    // go on: the caller continues at once (an unattended station keeps
+    // polling while the box is on screen). Without a window of its own it is
+    // an ordinary message.
+    virtual void notice(const QString &text, Icon icon) {
+        message(text, QString(), Buttons::Ok, icon);
+    }
 };

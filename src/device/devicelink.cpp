@@ -60,10 +60,15 @@ void DeviceLink::com_sendString(const QString &outputString) {
         m_io->write(c.unicode() < 256 ? char(c.unicode()) : '?');
 }
 
-void DeviceLink::com_queryString(const QString &queryString) {
-    enqueue(queryString, Warn::EveryTime, [this](const QByteArray &reply) {
-        emit queryStringReplied(QString::fromLatin1(reply));
-    });
+void DeviceLink::com_queryString(const QString &queryString, QObject *context,
+                                 std::function<void(const QString &)> replied) {
+    QPointer<QObject> owner(context);
+    enqueue(Exchange{queryString, Warn::EveryTime,
+                     [owner, replied = std::move(replied)](const QByteArray &reply) {
+                         if (owner)
+                             replied(QString::fromLatin1(reply));
+                     },
+                     owner, true});
 }
 
 void DeviceLink::com_startQuery() {
@@ -84,23 +89,51 @@ void DeviceLink::com_app_getList() {
 }
 
 void DeviceLink::com_app_getAlarm() {
-    enqueue(QStringLiteral("alarmlimit get\r\n"), Warn::OncePerRun,
-            [this](const QByteArray &reply) { applyAlarmReply(reply, m_store); });
+    enqueue({QStringLiteral("alarmlimit get\r\n"),
+             Warn::OncePerRun,
+             [this](const QByteArray &reply) { applyAlarmReply(reply, m_store); },
+             {},
+             false});
 }
 
 void DeviceLink::com_app_getCalibration() {
-    enqueue(QStringLiteral("calibration get\r\n"), Warn::OncePerRun,
-            [this](const QByteArray &reply) { applyCalibrationReply(reply, m_store); });
+    enqueue({QStringLiteral("calibration get\r\n"),
+             Warn::OncePerRun,
+             [this](const QByteArray &reply) { applyCalibrationReply(reply, m_store); },
+             {},
+             false});
 }
 
 void DeviceLink::enqueueList(bool endsPoll) {
-    enqueue(QStringLiteral("list\r\n"), Warn::OncePerRun,
-            [this, endsPoll](const QByteArray &reply) {
-                const ListReplyResult result = applyListReply(reply, m_store);
-                if (endsPoll)
-                    m_pollRunning = false;
-                emit listPolled(result);
-            });
+    enqueue({QStringLiteral("list\r\n"),
+             Warn::OncePerRun,
+             [this, endsPoll](const QByteArray &reply) { listReplied(reply, endsPoll); },
+             {},
+             false});
+}
+
+void DeviceLink::listReplied(const QByteArray &reply, bool endsPoll) {
+    const int before = m_store.dataPoint_count;
+    PollOutcome outcome;
+    outcome.list = applyListReply(reply, m_store);
+    // An exchange whose port could not be opened ends with no reply at all;
+    // an open port always brings at least the echo from a live sensor.
+    if (!m_openFailed && outcome.list.added > 0) {
+        outcome.status = PollOutcome::Status::Readings;
+        ++m_health.pollsWithReadings;
+        m_health.lastReading = QDateTime::currentDateTime();
+    } else if (m_openFailed) {
+        outcome.status = PollOutcome::Status::PortMissing;
+        ++m_health.pollsWithoutPort;
+    } else if (!outcome.list.echoOk && !reply.isEmpty()) {
+        outcome.status = PollOutcome::Status::NoEcho;
+        ++m_health.repliesWithoutEcho;
+    }
+    if (endsPoll)
+        m_pollRunning = false;
+    if (m_store.dataPoint_count > before)
+        emit readingsAppended(before, m_store.dataPoint_count - before);
+    emit pollFinished(outcome);
 }
 
 void DeviceLink::onQueryTick() {
@@ -121,16 +154,15 @@ void DeviceLink::startPoll(bool withMetadata) {
     enqueueList(true);
 }
 
-void DeviceLink::enqueue(const QString &command, Warn warn,
-                         std::function<void(const QByteArray &)> done) {
-    m_queue.push_back(Exchange{command, warn, std::move(done)});
+void DeviceLink::enqueue(Exchange exchange) {
+    m_queue.push_back(std::move(exchange));
     pump();
 }
 
 // Starts queued exchanges until one is collecting or the queue is empty.
 // An exchange whose port cannot be opened completes at once with an empty
 // reply, so a loop rather than recursion keeps the stack flat. The warning
-// box may run a modal loop; anything queued meanwhile waits for this loop.
+// does not wait for anybody: polls go on while it is on screen.
 void DeviceLink::pump() {
     if (m_pumping)
         return;
@@ -138,11 +170,15 @@ void DeviceLink::pump() {
     while (!m_active && !m_queue.empty()) {
         m_current = std::move(m_queue.front());
         m_queue.pop_front();
+        if (m_current.owned && !m_current.owner)
+            continue; // its window was closed while it waited: never sent
         m_active = true;
         m_reply.clear();
+        m_openFailed = false;
         if (!m_portIsOpen)
             com_openComPort();
         if (!m_portIsOpen) {
+            m_openFailed = true;
             reportNoPort(m_current.warn);
             const Exchange failed = std::exchange(m_current, Exchange());
             m_active = false;
@@ -174,6 +210,7 @@ void DeviceLink::onReadyRead() {
     // Past the cap only the start of the reply is kept: a piece taken after
     // a dropped one would join two lines into one that the sensor never
     // sent, with the stamp of one reading and the values of another.
+    m_health.bytesReceived += uint64_t(bytes.size());
     const qsizetype room = kMaxReplyBytes - m_reply.size();
     if (room > 0)
         m_reply.append(bytes.constData(), std::min(room, bytes.size()));
@@ -195,6 +232,5 @@ void DeviceLink::reportNoPort(Warn warn) {
             return;
         m_noPortWarned = true;
     }
-    m_notifier.message(QStringLiteral("Com port not available"), QString(), Notifier::Buttons::Ok,
-                       Notifier::Icon::Exclamation);
+    m_notifier.notice(QStringLiteral("Com port not available"), Notifier::Icon::Exclamation);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "device/linkhealth.h"
 #include "device/listreply.h"
 #include "device/portnames.h"
 #include "device/serialio.h"
@@ -13,6 +14,8 @@
 #include <deque>
 #include <functional>
 #include <memory>
+
+#include <QPointer>
 
 class MeasurementStore;
 class Notifier;
@@ -28,7 +31,11 @@ class Notifier;
 // While querying runs, every tick of Timer_queryTiming is one poll: the
 // alarm limit, the calibration tables and the reading list, in that order,
 // each reply applied to the store as soon as it is complete. After every
-// reading list listPolled() asks the owner for its display refresh.
+// reading list pollFinished() tells the owner how it went (the owner then
+// refreshes its display), and readingsAppended() names the new points.
+//
+// The link is driven by its owner, the session: nothing else starts or
+// stops the query or chooses the port.
 class DeviceLink : public QObject {
     Q_OBJECT
 public:
@@ -54,7 +61,6 @@ public:
     // The poll period com_startQuery uses; 4000 ms unless a recorder asks
     // for another.
     void setQueryInterval(int ms) { m_queryInterval = ms; }
-    int queryInterval() const { return m_queryInterval; }
 
     // Start-up: port number 1, 115200 baud, port closed, warning armed.
     void com_init();
@@ -64,9 +70,12 @@ public:
     // Writes the text one character (one byte) at a time, adding nothing.
     void com_sendString(const QString &outputString);
     // One exchange for the service tools; its reply, the echo and all line
-    // breaks included, comes with queryStringReplied(). Shows "Com port not
+    // breaks included, goes to `replied`. The exchange belongs to `context`:
+    // when that is gone before the exchange starts, nothing is sent, and a
+    // reply that arrives after it is gone is dropped. Shows "Com port not
     // available" on every failed open.
-    void com_queryString(const QString &queryString);
+    void com_queryString(const QString &queryString, QObject *context,
+                         std::function<void(const QString &reply)> replied);
 
     // Arms the warning again, starts the poll timer and runs one reading
     // list at once (unless a poll is still running, which stands in for it).
@@ -82,7 +91,6 @@ public:
     void com_app_getCalibration();
 
     bool portIsOpen() const { return m_portIsOpen; }
-    bool noPortWarned() const { return m_noPortWarned; }
     bool pollRunning() const { return m_pollRunning; }
     bool exchangeRunning() const { return m_active; }
     // The bytes kept so far of the reply being collected.
@@ -93,8 +101,9 @@ public:
     QString portDevice() const { return deviceFor(comPort); }
     QString deviceFor(int port) const { return comPort_device(port, m_configured); }
     QStringList devicesUpTo(int count) const { return comPort_devices(count, m_configured); }
+    const LinkHealth &health() const { return m_health; }
 
-    // Written by the control panel; read at every open.
+    // Written by the session (the operator's port choice); read at every open.
     int16_t comPort = 1;
     int32_t comBaudRate = 115200;
 
@@ -102,10 +111,11 @@ public:
     QTimer Timer_comTimeOut;
 
 signals:
-    void queryStringReplied(const QString &reply);
+    // Points [first, first + count) of the store entered it just now.
+    void readingsAppended(int first, int count);
     // After every reading list, also when the port could not be opened: the
     // owner redraws its charts from the store.
-    void listPolled(const ListReplyResult &result);
+    void pollFinished(const PollOutcome &outcome);
 
 private:
     enum class Warn { EveryTime, OncePerRun };
@@ -113,9 +123,13 @@ private:
         QString command;
         Warn warn = Warn::OncePerRun;
         std::function<void(const QByteArray &reply)> done;
+        // Service exchanges only: the window that asked. Gone before the
+        // exchange starts: the command is not sent.
+        QPointer<QObject> owner;
+        bool owned = false;
     };
 
-    void enqueue(const QString &command, Warn warn, std::function<void(const QByteArray &)> done);
+    void enqueue(Exchange exchange);
     void pump();
     void finishExchange();
     void onReadyRead();
@@ -124,6 +138,7 @@ private:
     void onQueryTick();
     void startPoll(bool withMetadata);
     void enqueueList(bool endsPoll);
+    void listReplied(const QByteArray &reply, bool endsPoll);
 
     MeasurementStore &m_store;
     Notifier &m_notifier;
@@ -131,9 +146,11 @@ private:
     ConfiguredPort m_configured;
     int m_queryInterval = kQueryIntervalMs;
 
+    LinkHealth m_health;
     bool m_portIsOpen = false;
     bool m_noPortWarned = false;
     bool m_pollRunning = false;
+    bool m_openFailed = false; // the current exchange found no port
 
     std::deque<Exchange> m_queue;
     Exchange m_current;

@@ -51,7 +51,6 @@ public:
 
     bool readLine(const char *line, const char *end, DataPoint &point) override;
 
-    bool formatDecided() const { return m_decided; }
     LogFormat format() const { return m_format; }
     int16_t step() const { return m_step; }
 

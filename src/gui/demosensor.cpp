@@ -1,8 +1,6 @@
 #include "gui/demosensor.h"
 
-#include "device/devicelink.h"
 #include "session/monitorsession.h"
-#include "settings/settings.h"
 
 #ifdef NAKOS_HAVE_SENSORSIM
 #include "sensorsim.h"
@@ -19,9 +17,7 @@ QString startDemoSensor(MonitorSession &session, QObject *owner, QString &error)
         return QString();
     }
     const QString device = sim->portPath();
-    RegistryKey *key = &session.settingsKey();
-    session.link().setConfiguredPort(
-        [device, key](int n) { return n == 1 ? device : settings::comPortDevice(*key, n); });
+    session.port_mapDevice(1, device);
     return device;
 #else
     (void)session;

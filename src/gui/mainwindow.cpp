@@ -99,14 +99,6 @@ void MainWindow::createMenus() {
 
 void MainWindow::connectSession() {
     connect(&m_session, &MonitorSession::titleChanged, this, &QWidget::setWindowTitle);
-    connect(&m_session, &MonitorSession::displayRequested, this, [this] {
-        if (m_charts)
-            m_charts->display_data();
-    });
-    connect(&m_session, &MonitorSession::zoomResetRequested, this, [this] {
-        if (m_charts)
-            m_charts->disableZoom();
-    });
     connect(&m_session, &MonitorSession::busyChanged, this,
             [this](bool busy) { setFileCommandsEnabled(!busy); });
 }
@@ -125,7 +117,7 @@ void MainWindow::startUp(const QString &currentDir) {
     // Settings first: the stored choices, or the defaults of a first run.
     m_session.settings_load();
     m_settingsDialog = new SettingsDialog(m_session.settingsKey(), m_session.flags(),
-                                          m_session.store().waterDisplayPercent, this);
+                                          m_session.waterDisplayPercent(), this);
     QCoreApplication::processEvents();
 
     placeWindow();
@@ -141,8 +133,7 @@ void MainWindow::startUp(const QString &currentDir) {
     m_panel->resize(ControlPanel::startWidth, ControlPanel::startHeight);
     m_panel->move(0, 0);
     m_panel->show();
-    m_charts = new ChartSet(m_session.store(), m_mdi, this);
-    connect(m_panel, &ControlPanel::streamSelected, m_charts, &ChartSet::dataView_selectStream);
+    m_charts = new ChartSet(m_session, m_mdi, this);
     m_charts->setPanelWindow(m_panel);
     m_charts->createCharts(m_panel->geometry());
     m_charts->showCharts(chartVisibility(m_session.flags()));
@@ -171,7 +162,7 @@ void MainWindow::q_about_command() {
 }
 
 void MainWindow::tools_toolbox_command() {
-    Toolbox toolbox(m_session.link(), this);
+    Toolbox toolbox(m_session, this);
     toolbox.exec();
 }
 

@@ -27,7 +27,6 @@ public:
 
     MonitorSession &session() { return m_session; }
     QMdiArea *mdiArea() const { return m_mdi; }
-    SettingsDialog *settingsDialog() const { return m_settingsDialog; }
     // The chart windows (slots 0 .. 5) and their timers, and the control
     // panel; null before start-up.
     ChartSet *charts() const { return m_charts; }

@@ -4,28 +4,42 @@
 
 #include <QMessageBox>
 
+namespace {
+
+QMessageBox::Icon boxIcon(Notifier::Icon icon) {
+    switch (icon) {
+    case Notifier::Icon::Information:
+        return QMessageBox::Information;
+    case Notifier::Icon::Question:
+        return QMessageBox::Question;
+    case Notifier::Icon::Exclamation:
+        return QMessageBox::Warning;
+    case Notifier::Icon::Critical:
+        return QMessageBox::Critical;
+    case Notifier::Icon::None:
+        break;
+    }
+    return QMessageBox::NoIcon;
+}
+
+} // namespace
+
+void WidgetNotifier::notice(const QString &text, Icon icon) {
+    // Shown without a modal loop of its own: the caller's work (a poll, an
+    // exchange queue) goes on, and the box closes itself when answered.
+    auto *box = new QMessageBox(boxIcon(icon), QLatin1String(kProgramTitle), text, QMessageBox::Ok,
+                                m_parent);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setModal(false);
+    box->show();
+}
+
 Notifier::Answer WidgetNotifier::message(const QString &text, const QString &title, Buttons buttons,
                                          Icon icon) {
     QMessageBox box(m_parent);
     box.setText(text);
     box.setWindowTitle(title.isNull() ? QLatin1String(kProgramTitle) : title);
-    switch (icon) {
-    case Icon::None:
-        box.setIcon(QMessageBox::NoIcon);
-        break;
-    case Icon::Information:
-        box.setIcon(QMessageBox::Information);
-        break;
-    case Icon::Question:
-        box.setIcon(QMessageBox::Question);
-        break;
-    case Icon::Exclamation:
-        box.setIcon(QMessageBox::Warning);
-        break;
-    case Icon::Critical:
-        box.setIcon(QMessageBox::Critical);
-        break;
-    }
+    box.setIcon(boxIcon(icon));
     switch (buttons) {
     case Buttons::Ok:
         box.setStandardButtons(QMessageBox::Ok);

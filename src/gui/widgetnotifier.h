@@ -11,6 +11,7 @@ public:
     void setParent(QWidget *parent) { m_parent = parent; }
 
     Answer message(const QString &text, const QString &title, Buttons buttons, Icon icon) override;
+    void notice(const QString &text, Icon icon) override;
 
 private:
     QWidget *m_parent;

@@ -12,24 +12,25 @@
 
 #include <QSaveFile>
 
-MonitorSession::MonitorSession(SessionSeams seams, std::unique_ptr<RegistryKey> settingsKey,
-                               QObject *parent)
-    : QObject(parent), m_seams(seams), m_store(std::make_unique<MeasurementStore>()),
-      m_settingsKey(std::move(settingsKey)),
-      m_dataFile(std::make_unique<DataFile>(*m_store, seams.progress)),
-      m_csv(std::make_unique<CsvExport>(*m_store, seams.progress)),
-      m_logImport(std::make_unique<LogImport>(*m_store, seams.progress)) {
+MonitorSession::MonitorSession(SessionSeams seams, MeasurementStore &store,
+                               std::unique_ptr<RegistryKey> settingsKey, QObject *parent)
+    : QObject(parent), m_seams(seams), m_store(store), m_settingsKey(std::move(settingsKey)),
+      m_dataFile(std::make_unique<DataFile>(m_store, seams.progress)),
+      m_csv(std::make_unique<CsvExport>(m_store, seams.progress)),
+      m_logImport(std::make_unique<LogImport>(m_store, seams.progress)) {
     m_autoSave = new AutoSave(
-        *m_store, seams.clock, [this](const QString &name) { return autoSave_write(name); }, this);
+        m_store, seams.clock, [this](const QString &name) { return autoSave_write(name); }, this);
 
-    m_link = new DeviceLink(*m_store, seams.notifier, this);
-    RegistryKey *key = m_settingsKey.get();
-    m_link->setConfiguredPort([key](int n) { return settings::comPortDevice(*key, n); });
+    m_link = new DeviceLink(m_store, seams.notifier, this);
+    m_link->setConfiguredPort([this](int n) { return configuredDevice(n); });
+    connect(m_link, &DeviceLink::readingsAppended, this, &MonitorSession::readingsAppended);
     // Every reading list the link fetches ends in a redraw of the charts;
     // the title shows the mark that new readings set.
-    connect(m_link, &DeviceLink::listPolled, this, [this] {
+    connect(m_link, &DeviceLink::pollFinished, this, [this](const PollOutcome &outcome) {
         display_data();
         titleRefresh();
+        checkMetadata();
+        emit pollFinished(outcome);
     });
 
     Timer_monitorChanges.setInterval(monitorInterval_ms);
@@ -39,25 +40,26 @@ MonitorSession::MonitorSession(SessionSeams seams, std::unique_ptr<RegistryKey> 
 MonitorSession::~MonitorSession() = default;
 
 void MonitorSession::settings_load() {
-    if (settings::readRegistry(*m_settingsKey, m_flags, m_store->waterDisplayPercent)) {
+    if (settings::readRegistry(*m_settingsKey, m_flags, m_store.waterDisplayPercent)) {
         // First run of this version: store the defaults.
         m_flags = DisplayFlags();
-        m_store->waterDisplayPercent = false;
-        settings::writeRegistry(*m_settingsKey, m_flags, m_store->waterDisplayPercent);
+        m_store.waterDisplayPercent = false;
+        settings::writeRegistry(*m_settingsKey, m_flags, m_store.waterDisplayPercent);
     }
 }
 
 void MonitorSession::startUp_engine(const QString &currentDir) {
-    m_store->decimalSeparator = detectDecimalSeparator();
+    m_store.decimalSeparator = detectDecimalSeparator();
     m_link->com_init();
-    prepareFolders(*m_store, currentDir, *m_settingsKey);
-    m_store->stream_selected = 0;
+    prepareFolders(m_store, currentDir, *m_settingsKey);
+    m_store.stream_selected = 0;
 }
 
 void MonitorSession::startUp_finish() {
-    m_store->clear();
-    m_store->oilName.clear();
-    m_store->display_update_pending = false;
+    m_store.clear();
+    m_store.oilName.clear();
+    m_store.display_update_pending = false;
+    m_metadata = metadataOf(m_store);
     titleRefresh();
     m_autoSave->autoSave_restart();
     Timer_monitorChanges.start();
@@ -70,7 +72,7 @@ void MonitorSession::startUp(const QString &currentDir) {
 }
 
 QString MonitorSession::title() const {
-    return mainWindowTitle(*m_store);
+    return mainWindowTitle(m_store);
 }
 
 void MonitorSession::titleRefresh() {
@@ -81,25 +83,123 @@ void MonitorSession::display_data() {
     emit displayRequested();
 }
 
+void MonitorSession::display_requestRedraw() {
+    m_store.display_update_pending = true;
+}
+
 void MonitorSession::monitorTick() {
-    if (!m_store->display_update_pending)
+    if (!m_store.display_update_pending)
         return;
-    m_store->display_update_pending = false;
+    m_store.display_update_pending = false;
     display_data();
 }
 
 void MonitorSession::oilName_set(const QString &newName) {
-    m_store->oilName = newName;
+    m_store.oilName = newName;
     emit oilNameShown(newName);
-    m_store->display_update_pending = true;
+    // A request, not a rebuild: New, Open and Import rebuild at once and then
+    // once more at the monitor's next tick, as they always have.
+    display_requestRedraw();
+    checkMetadata();
 }
 
 void MonitorSession::oilName_update(const QString &text) {
-    m_store->oilName = text.trimmed();
+    m_store.oilName = text.trimmed();
+    checkMetadata();
+}
+
+void MonitorSession::oilName_leave(const QString &text) {
+    oilName_update(text);
+    display_requestRedraw(); // the charts' heading shows the name
+}
+
+void MonitorSession::query_start() {
+    m_link->com_startQuery();
+    emit queryStateChanged(true);
+}
+
+void MonitorSession::query_stop() {
+    m_link->com_stopQuery();
+    emit queryStateChanged(false);
+}
+
+bool MonitorSession::queryRunning() const {
+    return m_link->queryRunning();
+}
+
+void MonitorSession::query_setInterval(int ms) {
+    m_link->setQueryInterval(ms);
+}
+
+void MonitorSession::port_select(int n) {
+    m_link->comPort = int16_t(n);
+}
+
+void MonitorSession::port_selectDevice(const QString &device) {
+    m_devicePort = device;
+}
+
+void MonitorSession::port_mapDevice(int n, const QString &device) {
+    m_mappedPorts.insert(n, device);
+}
+
+QString MonitorSession::configuredDevice(int n) const {
+    if (!m_devicePort.isEmpty())
+        return m_devicePort;
+    if (const auto it = m_mappedPorts.constFind(n); it != m_mappedPorts.cend())
+        return *it;
+    return settings::comPortDevice(*m_settingsKey, n);
+}
+
+void MonitorSession::device_query(const QString &command, QObject *context,
+                                  std::function<void(const QString &)> replied) {
+    m_link->com_queryString(command + QLatin1String("\r\n"), context, std::move(replied));
+}
+
+void MonitorSession::dataView_selectStream(int16_t newStream) {
+    m_store.stream_selected = newStream;
+    emit zoomResetRequested();
+    display_data();
+}
+
+const LinkHealth &MonitorSession::health() const {
+    return m_link->health();
+}
+
+FileResult MonitorSession::recording_finish(const QString &fileName) {
+    query_stop();
+    m_autoSave->autoSave_stop();
+    return m_dataFile->dataFile_save(fileName, false);
+}
+
+bool MonitorSession::Metadata::operator==(const Metadata &o) const {
+    auto sameTable = [](const CalTable &a, const CalTable &b) {
+        if (a.count != b.count)
+            return false;
+        for (int i = 0; i < a.count && i < CalTable::capacity; ++i) {
+            if (a.pairs[i].first != b.pairs[i].first || a.pairs[i].second != b.pairs[i].second)
+                return false;
+        }
+        return true;
+    };
+    return oilName == o.oilName && alarmThreshold == o.alarmThreshold &&
+           sameTable(calSource, o.calSource) && sameTable(calTable, o.calTable);
+}
+
+MonitorSession::Metadata MonitorSession::metadataOf(const MeasurementStore &store) {
+    return {store.oilName, store.alarmThreshold, store.calSource, store.calTable};
+}
+
+void MonitorSession::checkMetadata() {
+    Metadata now = metadataOf(m_store);
+    if (now == m_metadata)
+        return;
+    m_metadata = std::move(now);
+    emit metadataChanged();
 }
 
 bool MonitorSession::saveChanges_prompt() {
-    if (!m_store->data_changed)
+    if (!m_store.data_changed)
         return false;
     const Notifier::Answer answer = m_seams.notifier.message(
         QStringLiteral("Data in memory has changed, do you want to save it now?"),
@@ -119,11 +219,11 @@ bool MonitorSession::autoSave_write(const QString &fileName) {
     QSaveFile file(fileName);
     if (!file.open(QIODevice::WriteOnly))
         return true;
-    const bool wasChanged = m_store->data_changed;
+    const bool wasChanged = m_store.data_changed;
     if (m_dataFile->dataFile_save(file, false, fileName).failed())
         return true; // the temporary file goes; last minute's file stays whole
     if (!file.commit()) {
-        m_store->data_changed = wasChanged;
+        m_store.data_changed = wasChanged;
         return true;
     }
     titleRefresh();

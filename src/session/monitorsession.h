@@ -2,8 +2,11 @@
 
 #include "core/autosave.h"
 #include "core/store.h"
+#include "device/linkhealth.h"
+#include "files/fileresult.h"
 #include "settings/settings.h"
 
+#include <QHash>
 #include <QObject>
 #include <QString>
 #include <QTimer>
@@ -33,16 +36,22 @@ struct SessionSeams {
     FileProgress *progress = nullptr;
 };
 
-// The engine of one running program. It owns the measurement store with its
-// process-wide values, the display and print choices, the settings key, the
-// device link, the file routines, the autosave and the change monitor, and
-// it is the one place that carries out the command flows (New, Open, Save,
+// The engine of one running program. It works on the process's measurement
+// store (handed in by the application) and owns the display and print
+// choices, the settings key, the device link, the file routines, the
+// autosave and the change monitor. It is the one place that carries out
+// what an operator or a script does: the File commands (New, Open, Save,
 // Save As, Import, Import chain, Import directory, Export, Set autosave
-// path, the save prompt, the oil name, the display refresh request) in their
-// fixed order. It asks the user only
-// through the seams and tells the windows what changed through signals:
-// the title, a display rebuild, the charts' zoom reset, the oil name shown
-// in the control panel, and whether a file command is running.
+// path, the save prompt) in their fixed order, and the query, the port, the
+// poll interval, the oil stream, the oil name, the Toolbox's exchanges and
+// the redraw request. Windows and tools read the store and the link's state
+// through read-only views and never change either themselves.
+//
+// It asks the user only through the seams and tells everybody what happened
+// through signals: the title, a display rebuild, the charts' zoom reset, the
+// oil name shown in the control panel, whether a file command is running,
+// new readings, changed metadata, the end of every poll and the query's
+// state.
 //
 // File commands exclude each other: while one runs (a progress window lets
 // events run, the "Data handling" dialog waits), a second one is ignored
@@ -53,8 +62,8 @@ class MonitorSession : public QObject {
 public:
     static constexpr int monitorInterval_ms = 500;
 
-    MonitorSession(SessionSeams seams, std::unique_ptr<RegistryKey> settingsKey,
-                   QObject *parent = nullptr);
+    MonitorSession(SessionSeams seams, MeasurementStore &store,
+                   std::unique_ptr<RegistryKey> settingsKey, QObject *parent = nullptr);
     ~MonitorSession() override;
 
     // Start-up in three steps, so the windows can be made in between:
@@ -84,31 +93,66 @@ public:
     // true when the user cancelled.
     [[nodiscard]] bool saveChanges_prompt();
 
+    // The periodic query: start arms the "Com port not available" warning,
+    // starts the poll timer and polls at once; stop lets a running poll end.
+    void query_start();
+    void query_stop();
+    bool queryRunning() const;
+    // The poll period from the next start on (4000 ms unless changed).
+    void query_setInterval(int ms);
+    // The port the next exchange opens: "COM n" (0: no entry selected), or
+    // a device path, which then stands for every port number.
+    void port_select(int n);
+    void port_selectDevice(const QString &device);
+    // Ties port number n to a device ahead of the settings' ComPort<n> (the
+    // demo's simulated sensor is COM 1).
+    void port_mapDevice(int n, const QString &device);
+    // One Toolbox exchange: the command as typed plus CR LF. The reply goes
+    // to `replied` unless `context` is gone by then; a command whose context
+    // goes before it was sent is dropped.
+    void device_query(const QString &command, QObject *context,
+                      std::function<void(const QString &reply)> replied);
+
+    // The oil stream the charts show (0: all): the charts' zoom is reset
+    // and they are rebuilt.
+    void dataView_selectStream(int16_t newStream);
+
     void titleRefresh();
     // Rebuilds every chart from the store, now.
     void display_data();
+    // Asks for one rebuild at the change monitor's next tick; requests made
+    // within half a second are merged.
+    void display_requestRedraw();
     // Sets the oil name as it stands, shows it in the control panel and
     // asks for a redraw (the charts show it).
     void oilName_set(const QString &newName);
     // The control panel's text box changed: the store keeps it trimmed.
     void oilName_update(const QString &text);
+    // The operator left the text box: stored as above, then a redraw.
+    void oilName_leave(const QString &text);
 
     // The change monitor's work, every 500 ms: a pending refresh request
     // becomes one display rebuild.
     void monitorTick();
 
+    // For the recorder: stops the query and the autosave and writes the
+    // store to `fileName` as a native data file, without dialogs.
+    [[nodiscard]] FileResult recording_finish(const QString &fileName);
+
     bool busy() const { return m_busy; }
     QString title() const;
 
-    MeasurementStore &store() { return *m_store; }
+    // Read-only views.
+    const MeasurementStore &store() const { return m_store; }
+    const DeviceLink &link() const { return *m_link; }
+    const LinkHealth &health() const;
+    // The autosave timer (tests run its minute by hand).
+    AutoSave &autoSave() { return *m_autoSave; }
+
+    // What the General settings dialog edits.
     DisplayFlags &flags() { return m_flags; }
     RegistryKey &settingsKey() { return *m_settingsKey; }
-    DeviceLink &link() { return *m_link; }
-    AutoSave &autoSave() { return *m_autoSave; }
-    DataFile &dataFile() { return *m_dataFile; }
-    CsvExport &csvExport() { return *m_csv; }
-    Notifier &notifier() { return m_seams.notifier; }
-    FileDialogs &dialogs() { return m_seams.dialogs; }
+    bool &waterDisplayPercent() { return m_store.waterDisplayPercent; }
 
     QTimer Timer_monitorChanges;
 
@@ -121,6 +165,15 @@ signals:
     // The oil name to show in the control panel's text box.
     void oilNameShown(const QString &name);
     void busyChanged(bool busy);
+
+    // Points [first, first + count) of the store have just entered it from
+    // the sensor; the range is valid during the call.
+    void readingsAppended(int first, int count);
+    // The alarm threshold, a calibration table or the oil name changed.
+    void metadataChanged();
+    // A poll's "list" exchange ended (also without a port).
+    void pollFinished(const PollOutcome &outcome);
+    void queryStateChanged(bool running);
 
 private:
     // Runs one file command unless another one is running; the windows
@@ -140,9 +193,21 @@ private:
     // The autosave's write: a temporary file beside the autosave file,
     // renamed over it only when every write succeeded.
     bool autoSave_write(const QString &fileName);
+    QString configuredDevice(int n) const;
+    // Emits metadataChanged() when the metadata differ from the last look.
+    void checkMetadata();
+
+    struct Metadata {
+        QString oilName;
+        float alarmThreshold = -1.0f;
+        CalTable calSource;
+        CalTable calTable;
+        bool operator==(const Metadata &other) const;
+    };
+    static Metadata metadataOf(const MeasurementStore &store);
 
     SessionSeams m_seams;
-    std::unique_ptr<MeasurementStore> m_store;
+    MeasurementStore &m_store;
     DisplayFlags m_flags;
     std::unique_ptr<RegistryKey> m_settingsKey;
     std::unique_ptr<DataFile> m_dataFile;
@@ -151,4 +216,7 @@ private:
     AutoSave *m_autoSave = nullptr;
     DeviceLink *m_link = nullptr;
     bool m_busy = false;
+    QHash<int, QString> m_mappedPorts;
+    QString m_devicePort;
+    Metadata m_metadata;
 };

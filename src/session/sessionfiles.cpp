@@ -20,6 +20,7 @@ void MonitorSession::exclusively(const std::function<void()> &work) {
     m_busy = true;
     emit busyChanged(true);
     work();
+    checkMetadata(); // files bring their own threshold, tables and oil name
     m_busy = false;
     emit busyChanged(false);
 }
@@ -32,8 +33,8 @@ bool MonitorSession::readingMayStart() {
 }
 
 QString MonitorSession::openStartPath() const {
-    return m_store->fileName_current.isEmpty() ? FileDialogs::initialFolder
-                                               : m_store->fileName_current;
+    return m_store.fileName_current.isEmpty() ? FileDialogs::initialFolder
+                                              : m_store.fileName_current;
 }
 
 void MonitorSession::reportTooMany(const QString &message) {
@@ -45,7 +46,7 @@ void MonitorSession::file_new() {
     exclusively([this] {
         if (!readingMayStart())
             return;
-        m_store->clear();
+        m_store.clear();
         oilName_set(QString());
         titleRefresh();
         display_data();
@@ -58,7 +59,8 @@ void MonitorSession::file_open() {
         if (!readingMayStart())
             return;
         openData();
-        // Whatever happened after the prompt, the charts start unzoomed.
+        // Whatever happened after the prompt, the charts start unzoomed: each
+        // chart draws once more, as the Open command has always done.
         QCoreApplication::processEvents();
         emit zoomResetRequested();
     });
@@ -68,25 +70,25 @@ void MonitorSession::openData() {
     const QString name = m_seams.dialogs.dialog_openDataFile(openStartPath());
     if (name.isEmpty())
         return; // the autosave stays stopped
-    const QString previousName = m_store->fileName_current;
-    const bool previousMark = m_store->data_changed;
-    m_store->fileName_current = name;
+    const QString previousName = m_store.fileName_current;
+    const bool previousMark = m_store.data_changed;
+    m_store.fileName_current = name;
     const int16_t mode = m_seams.dialogs.dataHandling_choose();
     if (mode >= 1 && mode <= 3) {
         const FileResult result = m_dataFile->dataFile_load(name, MergeMode(mode), true);
         if (result.code == FileResult::Code::TooManyRecords) {
-            m_store->fileName_current = previousName;
-            m_store->data_changed = previousMark;
+            m_store.fileName_current = previousName;
+            m_store.data_changed = previousMark;
             reportTooMany(result.message);
         } else {
             if (result.oilName)
                 oilName_set(*result.oilName);
             if (!result.failed()) {
                 titleRefresh();
-                display_data();
+                display_data(); // the loader's own rebuild; oilName_set asked for one more
             }
             // Other load failures go unreported; the mark follows the mode.
-            m_store->data_changed = mode != 1;
+            m_store.data_changed = mode != 1;
         }
     }
     titleRefresh();
@@ -98,7 +100,7 @@ void MonitorSession::file_save() {
 }
 
 void MonitorSession::saveCommand() {
-    QString name = m_store->fileName_current;
+    QString name = m_store.fileName_current;
     if (name.isEmpty())
         name = m_seams.dialogs.dialog_saveDataFile(FileDialogs::initialFolder);
     saveUnder(name);
@@ -111,10 +113,10 @@ void MonitorSession::file_saveas() {
 void MonitorSession::saveUnder(const QString &fileName) {
     if (fileName.isEmpty())
         return;
-    m_store->fileName_current = fileName;
+    m_store.fileName_current = fileName;
     (void)m_dataFile->dataFile_save(fileName, true);
     // Cleared whatever the save returned, and nothing is shown on failure.
-    m_store->data_changed = false;
+    m_store.data_changed = false;
     titleRefresh();
 }
 
@@ -128,12 +130,12 @@ void MonitorSession::file_export() {
 
 void MonitorSession::file_setAutosavePath() {
     exclusively([this] {
-        const QString folder = m_seams.dialogs.dialog_chooseDirectory(m_store->path_autosave);
+        const QString folder = m_seams.dialogs.dialog_chooseDirectory(m_store.path_autosave);
         if (folder.isEmpty())
             return;
         // The current autosave file keeps its name; the folder counts from the
         // next restart on.
-        m_store->path_autosave = folder;
-        settings::writeAutosavePath(*m_settingsKey, m_store->path_autosave);
+        m_store.path_autosave = folder;
+        settings::writeAutosavePath(*m_settingsKey, m_store.path_autosave);
     });
 }

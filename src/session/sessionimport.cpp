@@ -57,16 +57,16 @@ void MonitorSession::file_importDir() {
     exclusively([this] {
         if (!readingMayStart())
             return;
-        const QString start = m_store->fileName_current.isEmpty()
+        const QString start = m_store.fileName_current.isEmpty()
                                   ? QStringLiteral("C:")
-                                  : QFileInfo(m_store->fileName_current).absolutePath();
+                                  : QFileInfo(m_store.fileName_current).absolutePath();
         const QString folder = m_seams.dialogs.dialog_chooseDirectory(start);
         if (folder.isEmpty())
             return;
         const QList<LogFileEntry> entries = logfolder::list(folder);
         const QString combined = logfolder::combinedFileName(folder, entries);
         if (!combined.isEmpty())
-            m_store->fileName_current = combined; // where a later Save puts the combined data
+            m_store.fileName_current = combined; // where a later Save puts the combined data
         const QList<int> rows = m_seams.dialogs.dialog_selectImportFiles(entries);
         const int16_t mode = m_seams.dialogs.dataHandling_choose();
         if (mode < 1 || mode > 3)

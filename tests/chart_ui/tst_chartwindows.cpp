@@ -5,6 +5,7 @@
 #include "chart/ui/chartset.h"
 #include "chart/ui/dataview.h"
 #include "core/store.h"
+#include "support/sessionfixture.h"
 
 #include <QMdiArea>
 #include <QTest>
@@ -48,7 +49,8 @@ class TestChartWindows : public QObject {
     Q_OBJECT
 private slots:
     void init() {
-        store = std::make_unique<MeasurementStore>();
+        fixture = std::make_unique<SessionFixture>();
+        store = &fixture->store();
         for (int i = 0; i < 400; ++i) {
             DataPoint &p = store->dataPoints[size_t(i)];
             p = {.year = 2024, .month = 2, .day = 3, .minute = uint8_t(i / 60)};
@@ -60,7 +62,7 @@ private slots:
         area->resize(1400, 900);
         area->show();
         QVERIFY(QTest::qWaitForWindowExposed(area.get()));
-        set = std::make_unique<ChartSet>(*store, area.get());
+        set = std::make_unique<ChartSet>(fixture->session, area.get());
         set->createCharts();
         set->display_data();
     }
@@ -68,6 +70,7 @@ private slots:
     void cleanup() {
         set.reset();
         area.reset();
+        fixture.reset();
     }
 
     void startUpCreatesFourCharts() {
@@ -98,7 +101,7 @@ private slots:
         // The water unit follows the store when the charts are refilled, even
         // for a stream without points, which leaves every chart empty.
         store->waterDisplayPercent = true;
-        set->dataView_selectStream(5);
+        fixture->session.dataView_selectStream(5);
         QCOMPARE(set->slot(3)->model().point_count, 0);
         QCOMPARE(water()->windowTitle(), QStringLiteral("Water [%]"));
     }
@@ -172,7 +175,8 @@ private:
         QCOMPARE(outlineInk(water()), 0);
     }
 
-    std::unique_ptr<MeasurementStore> store;
+    std::unique_ptr<SessionFixture> fixture;
+    MeasurementStore *store = nullptr;
     std::unique_ptr<QMdiArea> area;
     std::unique_ptr<ChartSet> set;
 };

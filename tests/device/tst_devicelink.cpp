@@ -29,14 +29,14 @@ struct Rig {
         link.com_app_getList();
         return polled.wait(ms);
     }
-    ListReplyResult lastPoll() const { return polled.last().first().value<ListReplyResult>(); }
+    ListReplyResult lastPoll() const { return polled.last().first().value<PollOutcome>().list; }
 
     std::unique_ptr<MeasurementStore> store = std::make_unique<MeasurementStore>();
     ScriptedNotifier notifier;
     SensorSimulator sim;
     QString device;
     DeviceLink link{*store, notifier};
-    QSignalSpy polled{&link, &DeviceLink::listPolled};
+    QSignalSpy polled{&link, &DeviceLink::pollFinished};
 };
 
 } // namespace
@@ -123,12 +123,13 @@ void TestDeviceLink::queryString() {
     QFETCH(QString, command);
     QFETCH(bool, silent);
     Rig rig(1, {.nulBytes = true, .silent = silent});
-    QSignalSpy replied(&rig.link, &DeviceLink::queryStringReplied);
+    QStringList replied;
     QSignalSpy commands(&rig.sim, &SensorSimulator::commandReceived);
-    rig.link.com_queryString(command + QStringLiteral("\r\n"));
-    QVERIFY(replied.wait(kWaitMs));
+    rig.link.com_queryString(command + QStringLiteral("\r\n"), this,
+                             [&](const QString &reply) { replied << reply; });
+    QTRY_COMPARE_WITH_TIMEOUT(replied.size(), 1, kWaitMs);
     const QString want = silent ? QString() : QString::fromLatin1(rig.sim.replyTo("list"));
-    QCOMPARE(replied.first().first().toString(), want);
+    QCOMPARE(replied.first(), want);
     QCOMPARE(want.count(QChar(0)), silent ? 0 : 2);
     QCOMPARE(commands.size(), 1);
     QCOMPARE(commands.first().first().toByteArray(), command.toLatin1());
@@ -156,12 +157,13 @@ void TestDeviceLink::missingPortWarnsOncePerRun() {
     QCOMPARE(rig.notifier.shown.size(), 2);
 
     // The service tools' exchange warns on every failure.
-    QSignalSpy replied(&rig.link, &DeviceLink::queryStringReplied);
-    rig.link.com_queryString(QStringLiteral("a\r\n"));
-    rig.link.com_queryString(QStringLiteral("b\r\n"));
-    QCOMPARE(replied.size(), 2);
-    QCOMPARE(replied.first().first().toString(), QString());
+    QStringList replied;
+    const auto keep = [&](const QString &reply) { replied << reply; };
+    rig.link.com_queryString(QStringLiteral("a\r\n"), this, keep);
+    rig.link.com_queryString(QStringLiteral("b\r\n"), this, keep);
+    QCOMPARE(replied, QStringList({QString(), QString()}));
     QCOMPARE(rig.notifier.shown.size(), 4);
+    QCOMPARE(rig.link.health().pollsWithoutPort, uint64_t(rig.polled.size()));
 }
 
 void TestDeviceLink::endlessTalkerKeepsExchangeAliveAndSkipsTicks() {
@@ -183,7 +185,7 @@ void TestDeviceLink::endlessTalkerKeepsExchangeAliveAndSkipsTicks() {
     QCOMPARE(commands.size(), 1);
     // Skipped ticks leave nothing behind: once the poll ends and the query
     // is stopped, no further exchange follows.
-    connect(&rig.link, &DeviceLink::listPolled, &rig.link, &DeviceLink::com_stopQuery);
+    connect(&rig.link, &DeviceLink::pollFinished, &rig.link, &DeviceLink::com_stopQuery);
     rig.sim.setFaults({});
     QVERIFY(rig.polled.wait(kWaitMs));
     QVERIFY(!commands.wait(400));
@@ -194,7 +196,7 @@ void TestDeviceLink::endlessTalkerKeepsExchangeAliveAndSkipsTicks() {
         sent += rig.sim.logLines()[i % 4] + "\r\n";
     sent.truncate(DeviceLink::kMaxReplyBytes);
     auto expected = std::make_unique<MeasurementStore>();
-    const auto got = rig.polled.first().first().value<ListReplyResult>();
+    const auto got = rig.polled.first().first().value<PollOutcome>().list;
     QCOMPARE(got.added, 4);
     QCOMPARE(got.invalid, 0);
     QCOMPARE(got.lines, applyListReply(sent, *expected).lines);

@@ -1,14 +1,14 @@
 // The road of a reading through the program: the control panel starts the
 // query on the demo's in-process sensor, the readings reach the store, the
 // charts, the title and the statistics, and stopping halts polling. The
-// Toolbox's exchange waits for a poll that is running.
+// Toolbox's exchange waits for a poll that is running, and each Toolbox
+// gets the replies to its own commands.
 #include "chart/ui/chartset.h"
 #include "chart/ui/dataview.h"
 #include "device/devicelink.h"
 #include "device/ui/toolbox.h"
 #include "gui/demosensor.h"
 #include "gui/mainwindow.h"
-#include "panel/panelstats.h"
 #include "panel/ui/controlpanel.h"
 #include "sensorsim.h"
 #include "support/sessionfixture.h"
@@ -33,7 +33,7 @@ struct Rig : SessionFixture {
         device = startDemoSensor(session, &window, error);
         window.startUp(dir.path());
         sim = window.findChild<SensorSimulator *>();
-        session.link().setQueryInterval(600);
+        session.query_setInterval(600);
     }
     MainWindow window{session};
     QString device;
@@ -55,7 +55,7 @@ void TestAcquisition::panelAtStart() {
     Rig r;
     ControlPanel &panel = r.panel();
     QCOMPARE(panel.windowTitle(), QStringLiteral("Control Panel"));
-    QCOMPARE(panel.size(), QSize(ControlPanel::startWidth, ControlPanel::startHeight));
+    QCOMPARE(panel.size(), QSize(318, 340));
     QCOMPARE(panel.Combo1->count(), 19);
     QCOMPARE(panel.Combo1->itemText(18), QStringLiteral("COM 19"));
     QCOMPARE(panel.Command1->text(), QStringLiteral("Start Query Timer"));
@@ -87,7 +87,7 @@ void TestAcquisition::queryFromButtonToCharts() {
     Rig r;
     QVERIFY(r.sim);
     ControlPanel &panel = r.panel();
-    QSignalSpy polled(&r.session.link(), &DeviceLink::listPolled);
+    QSignalSpy polled(&r.session, &MonitorSession::pollFinished);
     panel.Command1->click();
     QCOMPARE(panel.Command1->text(), QStringLiteral("Stop Query Timer"));
     QTRY_VERIFY_WITH_TIMEOUT(polled.size() >= 3, kWaitMs);
@@ -103,17 +103,22 @@ void TestAcquisition::queryFromButtonToCharts() {
                  store.dataPoint_count);
     QVERIFY(r.title.endsWith(QStringLiteral(" *")));
     panel.data_statistics_update();
-    QCOMPARE(panel.Label1_data->text(), panel::countText(store.dataPoint_count));
-    QCOMPARE(panel.Label2_data->text(), panel::spanText(store));
+    const auto stamp = [&](int i) {
+        const DataPoint &p = store.dataPoints[size_t(i)];
+        return QString::asprintf("%04d-%02d-%02d %02d:%02d:%02d", p.year, p.month, p.day, p.hour,
+                                 p.minute, p.second);
+    };
+    QCOMPARE(panel.Label1_data->text(),
+             QStringLiteral("%1 data points in memory").arg(store.dataPoint_count));
+    QCOMPARE(panel.Label2_data->text(),
+             stamp(0) + QStringLiteral("  -  ") + stamp(store.dataPoint_count - 1));
 
-    // The second click stops polling; a poll under way still completes.
+    // The second click stops polling: no tick is left to start another poll,
+    // and the one under way still completes.
     panel.Command1->click();
     QCOMPARE(panel.Command1->text(), QStringLiteral("Start Query Timer"));
-    QVERIFY(!r.session.link().queryRunning());
+    QVERIFY(!r.session.queryRunning() && !r.session.link().Timer_queryTiming.isActive());
     QTRY_VERIFY_WITH_TIMEOUT(!r.session.link().pollRunning(), kWaitMs);
-    const int polls = int(polled.size());
-    QTest::qWait(1500);
-    QCOMPARE(int(polled.size()), polls);
 }
 
 void TestAcquisition::toolboxWaitsForThePoll() {
@@ -122,21 +127,26 @@ void TestAcquisition::toolboxWaitsForThePoll() {
     QList<QByteArray> commands;
     connect(r.sim, &SensorSimulator::commandReceived, this,
             [&](const QByteArray &c) { commands << c.trimmed(); });
-    Toolbox toolbox(r.session.link());
+    Toolbox toolbox(r.session);
     toolbox.show();
     QVERIFY(QTest::qWaitForWindowActive(&toolbox));
-    r.session.link().com_startQuery(); // the immediate "list" is under way
+    r.session.query_start(); // the immediate "list" is under way
+    // A second Toolbox asks too, and is closed before its turn comes: its
+    // command is never sent, and no reply lands in the wrong window.
+    auto abandoned = std::make_unique<Toolbox>(r.session);
+    abandoned->Text_command->setText(QStringLiteral("calibration get"));
+    abandoned->send();
     toolbox.Text_command->setText(QStringLiteral("alarmlimit get"));
-    QSignalSpy replied(&r.session.link(), &DeviceLink::queryStringReplied);
     QTest::keyClick(toolbox.Text_command, Qt::Key_Return); // sends once, like the button
-    QVERIFY(replied.wait(kWaitMs));
-    r.session.link().com_stopQuery();
-    QTest::qWait(500);
-    QCOMPARE(commands.mid(0, 2), (QList<QByteArray>{"list", "alarmlimit get"}));
-    QCOMPARE(commands.count("alarmlimit get"), 1);
+    abandoned.reset();
+    r.session.query_stop();
+    QTRY_VERIFY_WITH_TIMEOUT(!toolbox.Text_replies->toPlainText().isEmpty(), kWaitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(!r.session.link().exchangeRunning(), kWaitMs);
+    QCOMPARE(commands, (QList<QByteArray>{"list", "alarmlimit get"}));
     const QString shown = toolbox.Text_replies->toPlainText();
     QVERIFY(shown.startsWith(QStringLiteral("> alarmlimit get\nalarmlimit get<CR><LF>\n")));
     QVERIFY(shown.contains(QStringLiteral("ALARMVALUE")));
+    QVERIFY(!shown.contains(QStringLiteral("calibration")));
 }
 
 QTEST_MAIN(TestAcquisition)

@@ -98,10 +98,10 @@ void TestMainWindow::chartsFromStartUpToNew() {
         p.stream = int16_t(1 + i % 2);
         store.append(p);
     }
-    store.display_update_pending = true;
+    f.session.display_requestRedraw();
     QTRY_COMPARE(chart(ChartQuantity::Water)->model().point_count, 30);
     QVERIFY(!store.display_update_pending);
-    window.charts()->dataView_selectStream(2);
+    f.session.dataView_selectStream(2);
     QCOMPARE(chart(ChartQuantity::Water)->model().point_count, 15);
     f.notifier.answers = {Notifier::Answer::No};
     window.file_new->trigger();

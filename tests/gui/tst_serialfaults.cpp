@@ -76,8 +76,8 @@ struct Rig : SessionFixture {
         if (sim.open())
             qFatal("cannot open a pseudo-terminal");
         device = sim.portPath();
-        link().setConfiguredPort([this](int) { return device; });
-        link().setQueryInterval(100);
+        session.port_selectDevice(device);
+        session.query_setInterval(100);
         if (window) {
             main = std::make_unique<MainWindow>(session);
             main->startUp(dir.path());
@@ -85,7 +85,7 @@ struct Rig : SessionFixture {
             start();
         }
     }
-    DeviceLink &link() { return session.link(); }
+    const DeviceLink &link() const { return session.link(); }
     // Readings of long ago, so none is taken for a reading of the sensor.
     std::vector<DataPoint> hold(int n) {
         std::vector<DataPoint> points(static_cast<size_t>(n));
@@ -166,12 +166,12 @@ void TestSerialFaults::faults() {
         QTRY_COMPARE(QFileInfo(fd0).symLinkTarget(), r.device);
     }
 
-    DeviceLink &link = r.link();
-    QSignalSpy polled(&link, &DeviceLink::listPolled);
+    const DeviceLink &link = r.link();
+    QSignalSpy polled(&r.session, &MonitorSession::pollFinished);
     bool keptAlong = true;
-    connect(&link, &DeviceLink::listPolled, this,
+    connect(&r.session, &MonitorSession::pollFinished, this,
             [&] { keptAlong = keptAlong && keeps(r.store(), held); });
-    link.com_startQuery();
+    r.session.query_start();
     // The first poll asks for the list only, the second is a whole tick.
     QTRY_VERIFY_WITH_TIMEOUT(polled.size() >= 2, kWaitMs);
     const bool refused = warned || fault == Fault::NoEcho;
@@ -188,7 +188,7 @@ void TestSerialFaults::faults() {
     }
     r.sim.addReading();
     QTRY_COMPARE_WITH_TIMEOUT(r.store().dataPoint_count, kHeld + logged + 1, kWaitMs);
-    link.com_stopQuery();
+    r.session.query_stop();
     QTRY_VERIFY_WITH_TIMEOUT(!link.pollRunning(), kWaitMs);
     QVERIFY(keptAlong && keeps(r.store(), held));
     QVERIFY(holdsLog(r.store(), kHeld, r.sim.logLines()));
@@ -199,8 +199,8 @@ void TestSerialFaults::floodKeepsTheWindowUsable() {
     Rig r(10, {.flood = true}, true);
     const std::vector<DataPoint> held = r.hold(kHeld);
     ControlPanel &panel = *r.main->controlPanel();
-    DeviceLink &link = r.link();
-    QSignalSpy polled(&link, &DeviceLink::listPolled);
+    const DeviceLink &link = r.link();
+    QSignalSpy polled(&r.session, &MonitorSession::pollFinished);
 
     panel.Command1->click();
     QTRY_COMPARE_WITH_TIMEOUT(link.replyBytes(), DeviceLink::kMaxReplyBytes, kWaitMs);
@@ -259,8 +259,8 @@ void TestSerialFaults::fullStore() {
     Rig r(logged, {}, true);
     const std::vector<DataPoint> before = r.hold(held);
     ControlPanel &panel = *r.main->controlPanel();
-    QSignalSpy polled(&r.link(), &DeviceLink::listPolled);
-    const auto lastPoll = [&] { return polled.last().first().value<ListReplyResult>(); };
+    QSignalSpy polled(&r.session, &MonitorSession::pollFinished);
+    const auto lastPoll = [&] { return polled.last().first().value<PollOutcome>().list; };
     panel.Command1->click();
     QVERIFY(polled.wait(kWaitMs));
     const int count = std::min(capacity, held + logged);

@@ -8,6 +8,7 @@
 #include "print/ui/printcommand.h"
 #include "print/ui/qtprinter.h"
 #include "settings/settings.h"
+#include "support/sessionfixture.h"
 
 #include <QDir>
 #include <QMdiArea>
@@ -65,7 +66,8 @@ class TestPrint : public QObject {
     Q_OBJECT
 private slots:
     void initTestCase() {
-        store = std::make_unique<MeasurementStore>();
+        fixture = std::make_unique<SessionFixture>();
+        store = &fixture->store();
         for (int i = 0; i < 400; ++i) {
             DataPoint &p = store->dataPoints[size_t(i)];
             p = {.year = 2024, .month = 5, .day = 6, .hour = uint8_t(i / 60)};
@@ -78,7 +80,7 @@ private slots:
         area = std::make_unique<QMdiArea>();
         area->resize(1400, 900);
         area->show();
-        set = std::make_unique<ChartSet>(*store, area.get());
+        set = std::make_unique<ChartSet>(fixture->session, area.get());
         set->createCharts();
         set->display_data();
     }
@@ -86,6 +88,7 @@ private slots:
     void cleanupTestCase() {
         set.reset();
         area.reset();
+        fixture.reset();
     }
 
     // Through the print command: the dialog always comes first; then water,
@@ -188,7 +191,8 @@ private slots:
     }
 
 private:
-    std::unique_ptr<MeasurementStore> store;
+    std::unique_ptr<SessionFixture> fixture;
+    MeasurementStore *store = nullptr;
     std::unique_ptr<QMdiArea> area;
     std::unique_ptr<ChartSet> set;
 };

@@ -91,12 +91,12 @@ void TestSession::startUp() {
     QCOMPARE(redraws.size(), 1);
 
     // Port numbers lead to devices through the settings value ComPort<n>.
-    DeviceLink &link = f.session.link();
+    const DeviceLink &link = f.session.link();
     QVERIFY(!link.queryRunning());
     QVERIFY(!f.session.settingsKey().openOrCreate());
     QVERIFY(!f.session.settingsKey().setString(u"ComPort2"_s, u"/dev/ttyNAKOS9"_s));
     f.session.settingsKey().close();
-    link.comPort = 2;
+    f.session.port_select(2);
     QCOMPARE(link.portDevice(), u"/dev/ttyNAKOS9"_s);
 }
 
@@ -244,12 +244,15 @@ void TestSession::saveSaveAsAndExport() {
     QCOMPARE(f.title, title(other, false));
     QCOMPARE(f.dialogs.calls[4].filter, u"CSV files (*.csv)|*.csv|All files (*.*)|*.*|"_s);
 
-    // A failed write clears the mark all the same and is not reported.
+    // A failed write clears the mark all the same and is not reported: the
+    // only box so far is the prompt that stopped Open above.
     store.fileName_current = f.dir.filePath(u"no/folder/x.txt"_s);
     store.data_changed = true;
     f.session.file_save();
     QVERIFY(!store.data_changed);
     QCOMPARE(f.notifier.shown.size(), 1);
+    QCOMPARE(f.notifier.shown.last().text,
+             u"Data in memory has changed, do you want to save it now?"_s);
 
     // The prompt's Yes saves (here asking for a name), then New goes on.
     store.fileName_current.clear();

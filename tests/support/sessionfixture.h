@@ -15,7 +15,7 @@
 // before it.
 struct SessionFixture {
     SessionFixture()
-        : session({notifier, clock, dialogs},
+        : session({notifier, clock, dialogs}, ownStore,
                   std::make_unique<FileRegistryKey>(dir.filePath(QStringLiteral("settings.reg")),
                                                     QLatin1String("HKEY_LOCAL_MACHINE\\") +
                                                         settings::keyPath())) {
@@ -23,9 +23,10 @@ struct SessionFixture {
                          [this](const QString &t) { title = t; });
     }
     void start() { session.startUp(dir.path()); }
-    MeasurementStore &store() { return session.store(); }
+    MeasurementStore &store() { return ownStore; }
 
     QTemporaryDir dir;
+    MeasurementStore ownStore;
     ScriptedNotifier notifier;
     FixedClock clock;
     ScriptedDialogs dialogs;

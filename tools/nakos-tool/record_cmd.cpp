@@ -9,7 +9,6 @@
 #include "core/notifier.h"
 #include "core/numbers.h"
 #include "device/devicelink.h"
-#include "files/datafile.h"
 #include "files/filedialogs.h"
 #include "session/monitorsession.h"
 #include "settings/registrykey.h"
@@ -158,35 +157,31 @@ int runRecord(const QStringList &args) {
     StderrNotifier notifier;
     SystemClock clock;
     NoFileDialogs dialogs;
-    MonitorSession session({notifier, clock, dialogs}, openProgramKey());
+    MeasurementStore store;
+    MonitorSession session({notifier, clock, dialogs}, store, openProgramKey());
     session.startUp_engine(QDir::currentPath());
-    DeviceLink &link = session.link();
-    if (const std::optional<int> n = portNumber(a->port)) {
-        link.comPort = int16_t(*n);
-    } else {
-        const QString device = a->port;
-        link.setConfiguredPort([device](int) { return device; });
-    }
-    link.setQueryInterval(a->intervalMs);
+    if (const std::optional<int> n = portNumber(a->port))
+        session.port_select(*n);
+    else
+        session.port_selectDevice(a->port);
+    session.query_setInterval(a->intervalMs);
 
     int polls = 0;
-    QObject::connect(&link, &DeviceLink::listPolled, &link, [&] {
+    QObject::connect(&session, &MonitorSession::pollFinished, &session, [&] {
         if (a->polls > 0 && ++polls >= a->polls) {
-            link.com_stopQuery();
+            session.query_stop();
             QCoreApplication::exit(0);
         }
     });
 
     const StopSignals stopSignals;
     session.startUp_finish();
-    link.com_startQuery();
+    session.query_start();
     // The immediate poll may already have ended the run (a missing port).
     if (a->polls == 0 || polls < a->polls)
         QCoreApplication::exec();
-    link.com_stopQuery();
-    session.autoSave().autoSave_stop();
 
-    const FileResult saved = session.dataFile().dataFile_save(a->output, false);
+    const FileResult saved = session.recording_finish(a->output);
     if (saved.failed())
         return toolFail(saved.message);
     return 0;

@@ -4,6 +4,7 @@
 #include "chart/ui/dataview.h"
 #include "chart/windowlayout.h"
 #include "core/store.h"
+#include "session/monitorsession.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -11,8 +12,10 @@
 
 #include <vector>
 
-ChartSet::ChartSet(MeasurementStore &store, QMdiArea *area, QObject *parent)
-    : QObject(parent), m_store(store), m_area(area) {
+ChartSet::ChartSet(MonitorSession &session, QMdiArea *area, QObject *parent)
+    : QObject(parent), m_store(session.store()), m_area(area) {
+    connect(&session, &MonitorSession::displayRequested, this, &ChartSet::display_data);
+    connect(&session, &MonitorSession::zoomResetRequested, this, &ChartSet::disableZoom);
     Timer1.setInterval(100);
     connect(&Timer1, &QTimer::timeout, this, &ChartSet::layoutTick);
     Timer1.start();
@@ -124,14 +127,6 @@ void ChartSet::dataView_syncInfoPos(int16_t objectIndex, int16_t dataIndex) {
         if (i != objectIndex && view)
             view->setInfoPos(dataIndex);
     }
-}
-
-void ChartSet::dataView_selectStream(int16_t newStream) {
-    m_store.stream_selected = newStream;
-    if (m_chartCount < 1)
-        return;
-    disableZoom();
-    display_data();
 }
 
 void ChartSet::disableZoom() {

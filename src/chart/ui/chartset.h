@@ -12,6 +12,7 @@
 
 class DataView;
 class MeasurementStore;
+class MonitorSession;
 class QMdiArea;
 
 // Which charts the display settings want on screen.
@@ -25,10 +26,10 @@ struct ChartVisibility {
 // The chart windows of the main window and everything done to them as a
 // set: creating the four charts at start-up with their colours, titles and
 // places, rebuilding them from the store (display_data), copying a zoom or a
-// cursor from one chart to the others, the stream filter, showing and
-// hiding them by the display settings, and the layout timer that snaps an
-// active chart window to its neighbours. The main window owns one and
-// forwards its documented operations here, so it stays a thin frame.
+// cursor from one chart to the others, showing and hiding them by the
+// display settings, and the layout timer that snaps an active chart window
+// to its neighbours. It follows the session's display rebuilds and zoom
+// resets itself; the main window owns one and stays a thin frame.
 class ChartSet : public QObject, public DataViewOwner {
     Q_OBJECT
 public:
@@ -38,7 +39,7 @@ public:
     // window is given.
     static QRect defaultPanelArea() { return QRect(0, 0, 318, 340); }
 
-    ChartSet(MeasurementStore &store, QMdiArea *area, QObject *parent = nullptr);
+    ChartSet(MonitorSession &session, QMdiArea *area, QObject *parent = nullptr);
     ~ChartSet() override;
 
     // Start-up: creates the charts in slots 0 .. 3 (letting events run after
@@ -53,7 +54,6 @@ public:
     void dataView_syncZoom_x(int16_t objectIndex, float x1_factor, float x2_factor,
                              bool disableZoom) override;
     void dataView_syncInfoPos(int16_t objectIndex, int16_t dataIndex) override;
-    void dataView_selectStream(int16_t newStream);
     // Every chart window back to its full view (after reading files).
     void disableZoom();
     // Shows or hides each chart (start-up and settings OK).
@@ -73,7 +73,7 @@ private:
     void layoutTick();
     DataView *createSlot(int index);
 
-    MeasurementStore &m_store;
+    const MeasurementStore &m_store;
     QPointer<QMdiArea> m_area;
     QPointer<QWidget> m_panel;
     std::array<QPointer<DataView>, slotCount> m_slots;

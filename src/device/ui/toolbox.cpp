@@ -1,6 +1,6 @@
 #include "device/ui/toolbox.h"
 
-#include "device/devicelink.h"
+#include "session/monitorsession.h"
 
 #include <QHBoxLayout>
 #include <QLineEdit>
@@ -8,7 +8,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-Toolbox::Toolbox(DeviceLink &link, QWidget *parent) : QDialog(parent), m_link(link) {
+Toolbox::Toolbox(MonitorSession &session, QWidget *parent) : QDialog(parent), m_session(session) {
     setObjectName(QStringLiteral("Toolbox"));
     setWindowTitle(QStringLiteral("Toolbox"));
     Text_command = new QLineEdit;
@@ -35,17 +35,14 @@ Toolbox::Toolbox(DeviceLink &link, QWidget *parent) : QDialog(parent), m_link(li
     connect(Command_send, &QPushButton::clicked, this, &Toolbox::send);
     // Return in the command line presses the default button: one send.
     connect(Command_clear, &QPushButton::clicked, Text_replies, &QPlainTextEdit::clear);
-    connect(&link, &DeviceLink::queryStringReplied, this, [this](const QString &reply) {
-        showReply(m_pending.isEmpty() ? QString() : m_pending.takeFirst(), reply);
-    });
 }
 
 void Toolbox::send() {
     const QString command = Text_command->text();
     if (command.isEmpty())
         return;
-    m_pending << command;
-    m_link.com_queryString(command + QLatin1String("\r\n"));
+    m_session.device_query(command, this,
+                           [this, command](const QString &reply) { showReply(command, reply); });
     // Kept for sending again; typing replaces it.
     Text_command->selectAll();
 }

@@ -2,7 +2,7 @@
 
 #include <QDialog>
 
-class DeviceLink;
+class MonitorSession;
 class QLineEdit;
 class QPlainTextEdit;
 class QPushButton;
@@ -11,11 +11,13 @@ class QPushButton;
 // exchange of its own (the command and CR LF), and the raw replies, newest
 // first, with CR and LF made visible. The exchange queues behind a poll
 // that is running, so it never interleaves with the periodic query; a port
-// that cannot be opened is reported every time.
+// that cannot be opened is reported every time. Each reply is shown under
+// the command that caused it; a command still waiting when the window
+// closes is never sent.
 class Toolbox : public QDialog {
     Q_OBJECT
 public:
-    explicit Toolbox(DeviceLink &link, QWidget *parent = nullptr);
+    explicit Toolbox(MonitorSession &session, QWidget *parent = nullptr);
 
     void send();
     // The reply as shown: CR as "<CR>", LF as "<LF>" and a line break, NUL
@@ -30,6 +32,5 @@ public:
 private:
     void showReply(const QString &command, const QString &reply);
 
-    DeviceLink &m_link;
-    QStringList m_pending; // commands sent, oldest first, awaiting replies
+    MonitorSession &m_session;
 };

@@ -81,7 +81,6 @@ ControlPanel::ControlPanel(MonitorSession &session, QWidget *parent)
     for (QRadioButton *option : Option_oilStream)
         option->hide();
     Option_oilStream_any->hide();
-    m_queryActive = false;
     Command1->setText(startCaption);
     for (int n = 1; n <= panel::portEntries; ++n)
         Combo1->addItem(panel::portEntry(n));
@@ -103,6 +102,8 @@ ControlPanel::ControlPanel(MonitorSession &session, QWidget *parent)
     connect(Text_oilName, &QLineEdit::textChanged, this, &ControlPanel::oilName_update);
     connect(Text_oilName, &QLineEdit::editingFinished, this, &ControlPanel::oilName_update);
     connect(&session, &MonitorSession::oilNameShown, this, &ControlPanel::oilName_show);
+    connect(&session, &MonitorSession::queryStateChanged, this,
+            [this](bool running) { Command1->setText(running ? stopCaption : startCaption); });
     m_stateConnection = connect(this, &QMdiSubWindow::windowStateChanged, this,
                                 [this](Qt::WindowStates, Qt::WindowStates now) {
                                     m_active = now.testFlag(Qt::WindowActive);
@@ -133,7 +134,7 @@ void ControlPanel::oilName_show(const QString &name) {
 }
 
 void ControlPanel::Combo1_Validate() {
-    m_session.link().comPort = panel::portFromIndex(Combo1->currentIndex());
+    m_session.port_select(panel::portFromIndex(Combo1->currentIndex()));
 }
 
 void ControlPanel::selectPort(int n) {
@@ -144,21 +145,16 @@ void ControlPanel::selectPort(int n) {
 void ControlPanel::Command1_Click() {
     // Pressing the button takes the focus from the list, which validates it.
     Combo1_Validate();
-    DeviceLink &link = m_session.link();
-    if (!m_queryActive) {
-        m_queryActive = true;
-        Command1->setText(stopCaption);
-        link.com_startQuery();
-    } else {
-        m_queryActive = false;
-        Command1->setText(startCaption);
-        link.com_stopQuery();
-    }
+    // The caption follows the session's queryStateChanged().
+    if (m_session.queryRunning())
+        m_session.query_stop();
+    else
+        m_session.query_start();
 }
 
 void ControlPanel::selectStream(int16_t stream) {
     QCoreApplication::processEvents();
-    emit streamSelected(stream);
+    m_session.dataView_selectStream(stream);
 }
 
 void ControlPanel::updatePortTips() {
@@ -176,9 +172,7 @@ bool ControlPanel::eventFilter(QObject *watched, QEvent *event) {
         if (watched == Combo1) {
             Combo1_Validate();
         } else if (watched == Text_oilName) {
-            // Leaving the box redraws the charts, whose heading shows the name.
-            oilName_update();
-            m_session.store().display_update_pending = true;
+            m_session.oilName_leave(Text_oilName->text());
         }
     } else if (event->type() == QEvent::FocusIn && watched == Combo1) {
         updatePortTips(); // a port may have been plugged in meanwhile

@@ -18,8 +18,9 @@ class QRadioButton;
 // port, starting and stopping the periodic query, the oil name, and the
 // store's statistics (point count or "DATA POINT MEMORY FULL!", first and
 // last time stamp, refreshed every 500 ms). The oil stream selector and the
-// logo are kept hidden but fully wired: choosing a stream is announced
-// through streamSelected(), which the frame hands to the charts.
+// logo are kept hidden but fully wired: choosing a stream goes to the
+// session, which filters the charts. Every choice is a session command; the
+// panel changes neither the store nor the link itself.
 class ControlPanel : public QMdiSubWindow {
     Q_OBJECT
 public:
@@ -42,7 +43,6 @@ public:
     // Selects the entry "COM n" and applies it, as a user choosing it and
     // leaving the list would.
     void selectPort(int n);
-    bool queryActive() const { return m_queryActive; }
 
     QGroupBox *Frame1 = nullptr;
     QComboBox *Combo1 = nullptr;
@@ -57,10 +57,6 @@ public:
     QLabel *Picture_logo = nullptr;
     QTimer Timer1;
 
-signals:
-    // A stream option was chosen: 1 .. 6, or 0 for all streams.
-    void streamSelected(int16_t stream);
-
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -71,6 +67,5 @@ private:
 
     MonitorSession &m_session;
     QMetaObject::Connection m_stateConnection;
-    bool m_queryActive = false;
     bool m_active = false;
 };
