@@ -25,7 +25,6 @@ public:
     // A patterned line (dash-dot-dot level lines) always goes through
     // QPainter, with the same end rule; the pen is left as it was.
     void patternedLine(QRgb color, Qt::PenStyle style, int x0, int y0, int x1, int y1);
-    bool direct() const { return m_bits != nullptr; }
 
 private:
     void painterLine(int x0, int y0, int x1, int y1);
