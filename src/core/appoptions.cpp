@@ -109,7 +109,8 @@ AppOptions parseAppOptions(const QStringList &arguments) {
 
 QString appOptionsHelp() {
     return QStringLiteral(
-        "Usage: nakos-monitor [OPTION]... [FILE]...\n"
+        "Usage: nakos-monitor [OPTION]...\n"
+        "  or:  nakos-monitor [OPTION]... FILE...\n"
         "The ORLUK Water Monitor: reads an in-line oil condition sensor on a serial\n"
         "port and charts water in oil, temperature, pressure and soot.\n"
         "\n"
