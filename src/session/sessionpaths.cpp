@@ -63,6 +63,8 @@ void MonitorSession::file_dropped(const QString &path) {
 
 QStringList MonitorSession::openFiles(const QStringList &fileNames) {
     QStringList unread;
+    if (fileNames.isEmpty())
+        return unread;
     exclusively([&] {
         auto mode = int16_t(MergeMode::Replace);
         for (const QString &given : fileNames) {
