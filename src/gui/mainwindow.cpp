@@ -97,6 +97,8 @@ void MainWindow::createMenus() {
     file_open->setShortcuts(QKeySequence::Open);
     file_save->setShortcuts(QKeySequence::Save);
     file_saveas->setShortcuts(QKeySequence::SaveAs);
+    if (file_saveas->shortcuts().isEmpty()) // plain X11 and Windows bind none; the rest agree
+        file_saveas->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
     file_print->setShortcuts(QKeySequence::Print);
     file_exit->setShortcuts(QKeySequence::Quit);
     settings_generalSettings->setShortcuts(QKeySequence::Preferences);
