@@ -40,6 +40,18 @@ void holdSavedPoints(MeasurementStore &store, int held) {
     store.fileName_current = u"/data/run1.txt"_s;
 }
 
+// Three daily logs, 24 readings each, from 5 March 2024 on, in dir/logs/.
+QString writeLogs(const QTemporaryDir &dir) {
+    SimLogOptions logs;
+    logs.folder = dir.filePath(u"logs"_s);
+    QDir().mkpath(logs.folder);
+    logs.start = QDate(2024, 3, 5);
+    logs.days = 3;
+    logs.intervalSeconds = 3600;
+    QString error;
+    return writeSimLogs(logs, &error).size() == 3 ? logs.folder + QLatin1Char('/') : QString();
+}
+
 } // namespace
 
 class TestSession : public QObject {
@@ -303,15 +315,8 @@ void TestSession::imports() {
     QFETCH(QString, message);
     SessionFixture f;
     f.start();
-    SimLogOptions logs;
-    logs.folder = f.dir.filePath(u"logs"_s);
-    QDir().mkpath(logs.folder);
-    logs.start = QDate(2024, 3, 5);
-    logs.days = 3;
-    logs.intervalSeconds = 3600;
-    QString error;
-    QCOMPARE(writeSimLogs(logs, &error).size(), 3);
-    const QString folder = logs.folder + QLatin1Char('/');
+    const QString folder = writeLogs(f.dir);
+    QVERIFY(!folder.isEmpty());
     holdSavedPoints(f.store(), held);
     QSignalSpy zoomResets(&f.session, &MonitorSession::zoomResetRequested);
     f.dialogs.modeAnswers << int16_t(mode);
@@ -418,22 +423,6 @@ void TestSession::oneFileCommandAtATime() {
     QCOMPARE(busy[0][0].toBool(), true);
     QCOMPARE(busy[1][0].toBool(), false);
 }
-
-namespace {
-
-// Three daily logs, 24 readings each, from 5 March 2024 on, in dir/logs/.
-QString writeLogs(const QTemporaryDir &dir) {
-    SimLogOptions logs;
-    logs.folder = dir.filePath(u"logs"_s);
-    QDir().mkpath(logs.folder);
-    logs.start = QDate(2024, 3, 5);
-    logs.days = 3;
-    logs.intervalSeconds = 3600;
-    QString error;
-    return writeSimLogs(logs, &error).size() == 3 ? logs.folder + QLatin1Char('/') : QString();
-}
-
-} // namespace
 
 // The files named on the command line: the first replaces the memory (here
 // 10 points), the others are appended, data files as Open reads them, logs
