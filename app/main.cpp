@@ -67,8 +67,12 @@ int main(int argc, char **argv) {
     }
     window.startUp(QDir::currentPath());
     window.show();
-    // A recording station resumes on its own: the port chosen in the panel's
-    // list and the query started, as the operator's clicks would.
+    // Files named on the command line, read as Open (or Import) would read
+    // them, without dialogs; the query, when asked for, starts after them.
+    for (const QString &line : session.openFiles(options.files))
+        std::fprintf(stderr, "nakos-monitor: %s\n", qPrintable(line));
+    // A recording station resumes on its own: the port chosen and the query
+    // started as the operator's clicks would.
     if (options.port > 0)
         window.controlPanel()->selectPort(options.port);
     if (options.startQuery)

@@ -38,7 +38,11 @@ AppOptions parseAppOptions(const QStringList &arguments) {
     bool optionsEnded = false;
     for (qsizetype i = 0; i < arguments.size(); ++i) {
         const QString &arg = arguments[i];
-        if (optionsEnded || !arg.startsWith(QLatin1Char('-')) || arg == QLatin1String("-"))
+        if (optionsEnded || !arg.startsWith(QLatin1Char('-'))) {
+            options.files << arg;
+            continue;
+        }
+        if (arg == QLatin1String("-")) // no reading from standard input
             return failed(QStringLiteral("unexpected argument '%1'").arg(arg), true);
         if (arg == QLatin1String("--")) {
             optionsEnded = true;
@@ -106,8 +110,14 @@ AppOptions parseAppOptions(const QStringList &arguments) {
 QString appOptionsHelp() {
     return QStringLiteral(
         "Usage: nakos-monitor [OPTION]...\n"
+        "  or:  nakos-monitor [OPTION]... FILE...\n"
         "The ORLUK Water Monitor: reads an in-line oil condition sensor on a serial\n"
         "port and charts water in oil, temperature, pressure and soot.\n"
+        "\n"
+        "Each FILE is read at the end of start-up, without a dialog: the first\n"
+        "replaces the memory, the others are appended, as File > Open does with a\n"
+        "data file; a sensor log (.log) is read as File > Import does. A file that\n"
+        "cannot be read is named on standard error, and the program runs on.\n"
         "\n"
         "  --demo         run the built-in simulated sensor as \"COM 1\"\n"
         "  --port N       select \"COM N\" (N from 1 to 19) at start-up\n"

@@ -27,6 +27,10 @@ struct AppOptions {
     int port = 0;             // --port N: select "COM N"; 0 when not given
     bool startQuery = false;  // --start-query: start the query at the end of start-up
     int queryInterval_ms = 0; // --query-interval MS: another poll period; 0: 4000 ms
+    // Data files (".log": sensor logs) to read at the end of start-up, in
+    // command-line order: every argument that is not an option, and every
+    // one after "--".
+    QStringList files;
     // Fail: one line without the program name, and whether a pointer to
     // --help should follow it (an unknown option, not a bad value).
     QString error;

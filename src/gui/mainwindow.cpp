@@ -12,15 +12,29 @@
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QGuiApplication>
 #include <QMdiArea>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QScreen>
 
 namespace {
 
 ChartVisibility chartVisibility(const DisplayFlags &flags) {
     return {flags.displayWater, flags.displayPressure, flags.displayTemperature, flags.displaySoot};
+}
+
+// The one local file or folder a drag carries; empty for anything else
+// (text, several files, remote addresses).
+QString droppedPath(const QMimeData *mime) {
+    if (!mime || !mime->hasUrls())
+        return {};
+    const QList<QUrl> urls = mime->urls();
+    if (urls.size() != 1 || !urls.first().isLocalFile())
+        return {};
+    return urls.first().toLocalFile();
 }
 
 } // namespace
@@ -31,6 +45,7 @@ MainWindow::MainWindow(MonitorSession &session, QWidget *parent)
     m_mdi = new QMdiArea(this);
     m_mdi->setObjectName(QStringLiteral("MDIForm"));
     setCentralWidget(m_mdi);
+    setAcceptDrops(true);
     createMenus();
     connectSession();
 }
@@ -75,6 +90,18 @@ void MainWindow::createMenus() {
     QMenu *q = menuBar()->addMenu(QStringLiteral("?"));
     q->setObjectName(QStringLiteral("q"));
     item(q, q_about, "q_about", "About");
+
+    // The desktop's usual keys; the captions stay as they are. The Toolbox
+    // has no usual key, and sends commands to the sensor: it gets none.
+    file_new->setShortcuts(QKeySequence::New);
+    file_open->setShortcuts(QKeySequence::Open);
+    file_save->setShortcuts(QKeySequence::Save);
+    file_saveas->setShortcuts(QKeySequence::SaveAs);
+    if (file_saveas->shortcuts().isEmpty()) // plain X11 and Windows bind none; the rest agree
+        file_saveas->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
+    file_print->setShortcuts(QKeySequence::Print);
+    file_exit->setShortcuts(QKeySequence::Quit);
+    settings_generalSettings->setShortcuts(QKeySequence::Preferences);
 
     MonitorSession *s = &m_session;
     connect(file_new, &QAction::triggered, s, &MonitorSession::file_new);
@@ -183,4 +210,27 @@ void MainWindow::programTerminate() {
 void MainWindow::closeEvent(QCloseEvent *event) {
     programTerminate();
     event->accept();
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent *event) {
+    if (!m_session.busy() && !droppedPath(event->mimeData()).isEmpty())
+        event->acceptProposedAction();
+}
+
+void MainWindow::dragMoveEvent(QDragMoveEvent *event) {
+    if (!m_session.busy() && !droppedPath(event->mimeData()).isEmpty())
+        event->acceptProposedAction();
+    else
+        event->ignore();
+}
+
+void MainWindow::dropEvent(QDropEvent *event) {
+    const QString path = droppedPath(event->mimeData());
+    if (m_session.busy() || path.isEmpty())
+        return;
+    event->acceptProposedAction();
+    // The command runs after the drop has ended, so the dragging program is
+    // not held while the dialogs wait.
+    QMetaObject::invokeMethod(
+        &m_session, [s = &m_session, path] { s->file_dropped(path); }, Qt::QueuedConnection);
 }

@@ -50,6 +50,12 @@ public:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    // One file or folder dropped on the window goes to the session's file
+    // commands (Open, Import, Import directory by its kind); refused while
+    // a file command runs.
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
 
 private:
     void createMenus();

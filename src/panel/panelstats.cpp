@@ -2,6 +2,9 @@
 
 #include "core/store.h"
 #include "core/timetext.h"
+#include "files/textformat.h"
+
+#include <algorithm>
 
 namespace panel {
 
@@ -29,6 +32,18 @@ QString spanText(const MeasurementStore &store) {
     const int32_t last = count < MeasurementStore::capacity ? count : MeasurementStore::capacity;
     return stamp(store.dataPoints[0]) + QLatin1String("  -  ") +
            stamp(store.dataPoints[size_t(last - 1)]);
+}
+
+QString alarmText(const MeasurementStore &store) {
+    const int32_t count = std::min(store.dataPoint_count, MeasurementStore::capacity);
+    if (count <= 0 || !(store.alarmThreshold >= 0.0f))
+        return QString();
+    const DataPoint &newest = store.dataPoints[size_t(count - 1)];
+    if (!(newest.water > store.alarmThreshold))
+        return QString();
+    return QLatin1String("Water above alarm limit: ") +
+           QString::fromLatin1(textformat::formatFixed(newest.water, 0, '.')) +
+           QLatin1String(" ppm at ") + stamp(newest);
 }
 
 int16_t portFromIndex(int index) {

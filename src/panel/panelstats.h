@@ -18,6 +18,12 @@ QString countText(int32_t count);
 // last stored point; empty for an empty store.
 QString spanText(const MeasurementStore &store);
 
+// "Water above alarm limit: 612 ppm at 2026-11-23 15:02:13" while the newest
+// stored reading's water is above the alarm threshold the sensor reported;
+// empty when it is not, when the store is empty or when no threshold is
+// known (below 0). Water in whole ppm, as the data file writes it.
+QString alarmText(const MeasurementStore &store);
+
 // The port number of a "COM n" list entry: index + 1, and 0 when no entry
 // is selected (index -1).
 int16_t portFromIndex(int index);

@@ -9,6 +9,7 @@
 #include <QHash>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 
 #include <functional>
@@ -20,7 +21,9 @@ class DataFile;
 class DeviceLink;
 class FileDialogs;
 class FileProgress;
+struct FileResult;
 class LogImport;
+struct LogImportRun;
 struct LogFileRef;
 class Notifier;
 class RegistryKey;
@@ -88,6 +91,26 @@ public:
     void file_importChain();
     void file_export();
     void file_setAutosavePath();
+
+    // The same commands for a file or folder already chosen, as a drop on
+    // the window brings it: Open and Import without their file dialog,
+    // Import directory with the selection of the folder's logs (no folder
+    // dialog). The save prompt and the "Data handling" choice are asked as
+    // usual; ignored while another file command runs. file_dropped picks
+    // by kind: a folder, a ".log" file, any other file as a data file.
+    void file_openPath(const QString &fileName);
+    void file_importPath(const QString &fileName);
+    void file_importDirPath(const QString &folder);
+    void file_dropped(const QString &path);
+
+    // The files named on the command line, read at the end of start-up
+    // without any dialog: the first replaces the memory, each further one is
+    // appended; data files as Open reads them, ".log" files as Import does.
+    // A file that does not fit is told through the notifier as those
+    // commands tell it; the lines returned name the files that could not be
+    // read, for standard error. Ignored (nothing returned) while another
+    // file command runs.
+    QStringList openFiles(const QStringList &fileNames);
 
     // Asks whether changed data should be saved first (Yes runs Save);
     // true when the user cancelled.
@@ -183,7 +206,13 @@ private:
     // when the user cancelled.
     bool readingMayStart();
     void openData();
-    void importLogs(const QList<LogFileRef> &files, MergeMode mode);
+    // Open and Import once the file is chosen; mode 0 asks the "Data
+    // handling" dialog. The result is the load's (the import's first).
+    FileResult openChosen(const QString &name, int16_t mode);
+    FileResult importChosen(const QString &name, int16_t mode);
+    // Import directory once the folder is chosen.
+    void importFolder(const QString &folder);
+    LogImportRun importLogs(const QList<LogFileRef> &files, MergeMode mode);
     void importDone();  // title, autosave period, zoom reset
     void saveCommand(); // Save, also from the prompt inside another command
     void saveUnder(const QString &fileName);

@@ -70,12 +70,18 @@ void MonitorSession::openData() {
     const QString name = m_seams.dialogs.dialog_openDataFile(openStartPath());
     if (name.isEmpty())
         return; // the autosave stays stopped
+    (void)openChosen(name, 0);
+}
+
+FileResult MonitorSession::openChosen(const QString &name, int16_t mode) {
     const QString previousName = m_store.fileName_current;
     const bool previousMark = m_store.data_changed;
     m_store.fileName_current = name;
-    const int16_t mode = m_seams.dialogs.dataHandling_choose();
+    if (mode == 0)
+        mode = m_seams.dialogs.dataHandling_choose();
+    FileResult result;
     if (mode >= 1 && mode <= 3) {
-        const FileResult result = m_dataFile->dataFile_load(name, MergeMode(mode), true);
+        result = m_dataFile->dataFile_load(name, MergeMode(mode), true);
         if (result.code == FileResult::Code::TooManyRecords) {
             m_store.fileName_current = previousName;
             m_store.data_changed = previousMark;
@@ -93,6 +99,7 @@ void MonitorSession::openData() {
     }
     titleRefresh();
     m_autoSave->autoSave_restart();
+    return result;
 }
 
 void MonitorSession::file_save() {

@@ -23,12 +23,22 @@ void MonitorSession::file_import() {
         const QString name = m_seams.dialogs.dialog_openLogFile(openStartPath());
         if (name.isEmpty())
             return; // the autosave stays stopped, as for Open
-        const LogFileRef file = logFile_ref(name);
-        const int16_t mode = m_seams.dialogs.dataHandling_choose();
-        if (mode >= 1 && mode <= 3)
-            importLogs({file}, MergeMode(mode));
-        importDone();
+        (void)importChosen(name, 0);
     });
+}
+
+FileResult MonitorSession::importChosen(const QString &name, int16_t mode) {
+    const LogFileRef file = logFile_ref(name);
+    if (mode == 0)
+        mode = m_seams.dialogs.dataHandling_choose();
+    FileResult result;
+    if (mode >= 1 && mode <= 3) {
+        const LogImportRun run = importLogs({file}, MergeMode(mode));
+        if (!run.failures.isEmpty())
+            result = run.failures.first();
+    }
+    importDone();
+    return result;
 }
 
 void MonitorSession::file_importChain() {
@@ -63,27 +73,32 @@ void MonitorSession::file_importDir() {
         const QString folder = m_seams.dialogs.dialog_chooseDirectory(start);
         if (folder.isEmpty())
             return;
-        const QList<LogFileEntry> entries = logfolder::list(folder);
-        const QString combined = logfolder::combinedFileName(folder, entries);
-        if (!combined.isEmpty())
-            m_store.fileName_current = combined; // where a later Save puts the combined data
-        const QList<int> rows = m_seams.dialogs.dialog_selectImportFiles(entries);
-        const int16_t mode = m_seams.dialogs.dataHandling_choose();
-        if (mode < 1 || mode > 3)
-            return;
-        importLogs(logfolder::files(folder, entries, rows), MergeMode(mode));
-        importDone();
+        importFolder(folder);
     });
 }
 
-void MonitorSession::importLogs(const QList<LogFileRef> &files, MergeMode mode) {
-    const LogImportRun run = m_logImport->logFiles_import(files, mode, true);
+void MonitorSession::importFolder(const QString &folder) {
+    const QList<LogFileEntry> entries = logfolder::list(folder);
+    const QString combined = logfolder::combinedFileName(folder, entries);
+    if (!combined.isEmpty())
+        m_store.fileName_current = combined; // where a later Save puts the combined data
+    const QList<int> rows = m_seams.dialogs.dialog_selectImportFiles(entries);
+    const int16_t mode = m_seams.dialogs.dataHandling_choose();
+    if (mode < 1 || mode > 3)
+        return;
+    importLogs(logfolder::files(folder, entries, rows), MergeMode(mode));
+    importDone();
+}
+
+LogImportRun MonitorSession::importLogs(const QList<LogFileRef> &files, MergeMode mode) {
+    LogImportRun run = m_logImport->logFiles_import(files, mode, true);
     if (run.oilName)
         oilName_set(*run.oilName);
     if (const FileResult *tooMany = run.capacityFailure())
         reportTooMany(tooMany->message);
     if (run.filesImported > 0)
         display_data();
+    return run;
 }
 
 void MonitorSession::importDone() {

@@ -4,6 +4,7 @@
 #include <QTest>
 
 using Action = AppOptions::Action;
+using namespace Qt::StringLiterals;
 Q_DECLARE_METATYPE(AppOptions::Action)
 
 class TestAppOptions : public QObject {
@@ -11,6 +12,8 @@ class TestAppOptions : public QObject {
 private Q_SLOTS:
     void parse_data();
     void parse();
+    void files_data();
+    void files();
 };
 
 void TestAppOptions::parse_data() {
@@ -46,10 +49,8 @@ void TestAppOptions::parse_data() {
         << Action::Fail << false << 0 << false << QStringLiteral("unknown option '--bogus'") << true;
     QTest::newRow("one dash for ours") << args("-demo")
         << Action::Fail << false << 0 << false << QStringLiteral("'-demo'") << true;
-    QTest::newRow("file argument") << args("data.txt")
-        << Action::Fail << false << 0 << false << QStringLiteral("unexpected argument 'data.txt'") << true;
-    QTest::newRow("after --") << args("-- --demo")
-        << Action::Fail << false << 0 << false << QStringLiteral("'--demo'") << true;
+    QTest::newRow("standard input") << args("-")
+        << Action::Fail << false << 0 << false << QStringLiteral("unexpected argument '-'") << true;
     QTest::newRow("port without value") << args("--start-query --port")
         << Action::Fail << false << 0 << false << QStringLiteral("'--port' needs a value") << true;
     QTest::newRow("flag with value") << args("--demo=1")
@@ -83,10 +84,31 @@ void TestAppOptions::parse() {
     QTEST(o.demo, "demo");
     QTEST(o.port, "port");
     QTEST(o.startQuery, "startQuery");
-    QCOMPARE(o.queryInterval_ms, 0);
     QCOMPARE(parseAppOptions(args + QStringList{QStringLiteral("--query-interval=500")})
                  .queryInterval_ms,
              500);
+}
+
+// Every argument that is not an option, and every one after "--", is a
+// file to read, in command-line order.
+void TestAppOptions::files_data() {
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<QStringList>("files");
+    QTest::newRow("none") << QStringList{u"--demo"_s} << QStringList();
+    QTest::newRow("around options")
+        << QStringList{u"run1.txt"_s, u"--port"_s, u"2"_s, u"NAKOS435.log"_s, u"--demo"_s}
+        << QStringList{u"run1.txt"_s, u"NAKOS435.log"_s};
+    QTest::newRow("a Qt option's value")
+        << QStringList{u"-style"_s, u"fusion"_s, u"b.txt"_s} << QStringList{u"b.txt"_s};
+    QTest::newRow("after --") << QStringList{u"a.txt"_s, u"--"_s, u"--demo"_s, u"-"_s}
+                              << QStringList{u"a.txt"_s, u"--demo"_s, u"-"_s};
+}
+
+void TestAppOptions::files() {
+    QFETCH(QStringList, args);
+    const AppOptions o = parseAppOptions(args);
+    QCOMPARE(o.action, Action::Run);
+    QTEST(o.files, "files");
 }
 
 QTEST_GUILESS_MAIN(TestAppOptions)

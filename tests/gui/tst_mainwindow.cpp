@@ -7,8 +7,10 @@
 #include "support/sessionfixture.h"
 
 #include <QAction>
+#include <QDropEvent>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QTest>
 
 struct MainWindowFixture : SessionFixture {
@@ -23,6 +25,8 @@ private Q_SLOTS:
     void chartsFromStartUpToNew_data();
     void chartsFromStartUpToNew();
     void exitDoesNotAsk();
+    void drops_data();
+    void drops();
 };
 
 void TestMainWindow::menus() {
@@ -50,6 +54,26 @@ void TestMainWindow::menus() {
         QStringLiteral("settings:Settings=General settings(settings_generalSettings)"),
         QStringLiteral("q:?=About(q_about)")};
     QCOMPARE(got, expected);
+    // The desktop's usual keys, as the platform binds them (no Quit key on
+    // Windows, Ctrl+Q elsewhere); the Toolbox and About have none.
+    const QList<QPair<QAction *, QKeySequence::StandardKey>> keys{
+        {f.window.file_new, QKeySequence::New},
+        {f.window.file_open, QKeySequence::Open},
+        {f.window.file_save, QKeySequence::Save},
+        {f.window.file_print, QKeySequence::Print},
+        {f.window.file_exit, QKeySequence::Quit},
+        {f.window.settings_generalSettings, QKeySequence::Preferences}};
+    for (const auto &[action, key] : keys)
+        QCOMPARE(action->shortcuts(), QKeySequence::keyBindings(key));
+    QCOMPARE(f.window.file_new->shortcut(), QKeySequence(QStringLiteral("Ctrl+N")));
+    // Save As where the platform binds no key (plain X11, Windows): the one
+    // the others use.
+    const QList<QKeySequence> saveAs = QKeySequence::keyBindings(QKeySequence::SaveAs);
+    QCOMPARE(f.window.file_saveas->shortcuts(),
+             saveAs.isEmpty() ? QList{QKeySequence(QStringLiteral("Ctrl+Shift+S"))} : saveAs);
+    QVERIFY(f.window.tools_toolbox->shortcuts().isEmpty() &&
+            f.window.q_about->shortcut().isEmpty());
+    QVERIFY(f.window.file_import->shortcut().isEmpty());
 
     // While Open waits for its "Data handling" answer, the file commands are
     // off; Exit stays on.
@@ -117,6 +141,59 @@ void TestMainWindow::exitDoesNotAsk() {
     QVERIFY(f.window.isTerminated());
     QVERIFY(f.notifier.shown.isEmpty());
     QCOMPARE(f.store().dataPoint_count, 1); // nothing saved, nothing cleared
+}
+
+// A drag is taken only with one local file or folder and while no file
+// command runs; the drop goes to the session, which asks how to merge.
+void TestMainWindow::drops_data() {
+    QTest::addColumn<QStringList>("urls");
+    QTest::addColumn<bool>("busy");
+    QTest::addColumn<bool>("taken");
+    const QString log = QStringLiteral("NAKOS435.log");
+    QTest::newRow("a log") << QStringList{log} << false << true;
+    QTest::newRow("a log while Open waits") << QStringList{log} << true << false;
+    QTest::newRow("two files") << QStringList{log, log} << false << false;
+    QTest::newRow("not a local file")
+        << QStringList{QStringLiteral("https://example.org/NAKOS435.log")} << false << false;
+}
+
+void TestMainWindow::drops() {
+    QFETCH(QStringList, urls);
+    QFETCH(bool, busy);
+    QFETCH(bool, taken);
+    MainWindowFixture f;
+    f.start();
+    QList<QUrl> list;
+    for (const QString &u : urls)
+        list << (u.contains(QLatin1Char(':')) ? QUrl(u) : QUrl::fromLocalFile(f.dir.filePath(u)));
+    QMimeData mime;
+    mime.setUrls(list);
+    bool entered = false, dropped = false;
+    const auto drag = [&] {
+        QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&f.window, &enter);
+        entered = enter.isAccepted();
+        QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&f.window, &drop);
+        dropped = drop.isAccepted();
+    };
+    if (busy) {
+        f.dialogs.fileAnswers << f.dir.filePath(QStringLiteral("x.txt"));
+        f.dialogs.whileChoosing = [&] {
+            f.dialogs.whileChoosing = nullptr;
+            drag();
+        };
+        f.window.file_open->trigger();
+        QCoreApplication::processEvents();
+        QCOMPARE(f.dialogs.modeCalls, 1); // Open's own question only
+    } else {
+        drag();
+        if (taken)
+            QTRY_COMPARE(f.dialogs.modeCalls, 1);
+    }
+    QCOMPARE(entered, taken);
+    QCOMPARE(dropped, taken);
+    QVERIFY(f.dialogs.calls.size() == (busy ? 1 : 0)); // never the file dialog
 }
 
 QTEST_MAIN(TestMainWindow)

@@ -42,6 +42,7 @@ else
     grep -qx "Categories=Science;Engineering;" "$entry" || fail "desktop entry: wrong Categories"
     # Started from a menu, the program must find its home folder to work in.
     grep -q '^Exec=.*cd ~ && exec nakos-monitor' "$entry" || fail "desktop entry: not started in the home folder"
+    grep -q '^Exec=.* %F$' "$entry" || fail "desktop entry: files handed over are not passed on"
     icon=$(sed -n 's/^Icon=//p' "$entry")
     if command -v desktop-file-validate >/dev/null; then
         desktop-file-validate "$entry" || fail "desktop-file-validate rejects the entry"

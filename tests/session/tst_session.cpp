@@ -8,6 +8,7 @@
 // changes.
 #include "core/autosave.h"
 #include "device/devicelink.h"
+#include "files/datafile.h"
 #include "files/golden.h"
 #include "simlogs.h"
 #include "support/sessionfixture.h"
@@ -39,6 +40,18 @@ void holdSavedPoints(MeasurementStore &store, int held) {
     store.fileName_current = u"/data/run1.txt"_s;
 }
 
+// Three daily logs, 24 readings each, from 5 March 2024 on, in dir/logs/.
+QString writeLogs(const QTemporaryDir &dir) {
+    SimLogOptions logs;
+    logs.folder = dir.filePath(u"logs"_s);
+    QDir().mkpath(logs.folder);
+    logs.start = QDate(2024, 3, 5);
+    logs.days = 3;
+    logs.intervalSeconds = 3600;
+    QString error;
+    return writeSimLogs(logs, &error).size() == 3 ? logs.folder + QLatin1Char('/') : QString();
+}
+
 } // namespace
 
 class TestSession : public QObject {
@@ -54,6 +67,10 @@ private Q_SLOTS:
     void imports();
     void autosave();
     void oneFileCommandAtATime();
+    void commandLineFiles_data();
+    void commandLineFiles();
+    void drops_data();
+    void drops();
 };
 
 void TestSession::startUp() {
@@ -301,15 +318,8 @@ void TestSession::imports() {
     QFETCH(QString, message);
     SessionFixture f;
     f.start();
-    SimLogOptions logs;
-    logs.folder = f.dir.filePath(u"logs"_s);
-    QDir().mkpath(logs.folder);
-    logs.start = QDate(2024, 3, 5);
-    logs.days = 3;
-    logs.intervalSeconds = 3600;
-    QString error;
-    QCOMPARE(writeSimLogs(logs, &error).size(), 3);
-    const QString folder = logs.folder + QLatin1Char('/');
+    const QString folder = writeLogs(f.dir);
+    QVERIFY(!folder.isEmpty());
     holdSavedPoints(f.store(), held);
     QSignalSpy zoomResets(&f.session, &MonitorSession::zoomResetRequested);
     f.dialogs.modeAnswers << int16_t(mode);
@@ -404,6 +414,8 @@ void TestSession::oneFileCommandAtATime() {
         f.session.file_new();
         f.session.file_saveas();
         f.session.file_export();
+        f.session.file_dropped(testData("small.txt"));
+        QVERIFY(f.session.openFiles({testData("small.txt")}).isEmpty());
     };
     f.session.file_open();
     QCOMPARE(attempts, 1);
@@ -413,6 +425,115 @@ void TestSession::oneFileCommandAtATime() {
     QCOMPARE(busy.size(), 2);
     QCOMPARE(busy[0][0].toBool(), true);
     QCOMPARE(busy[1][0].toBool(), false);
+}
+
+// The files named on the command line: the first replaces the memory (here
+// 10 points), the others are appended, data files as Open reads them, logs
+// as Import does, without a dialog; the title names the last data file.
+void TestSession::commandLineFiles_data() {
+    QTest::addColumn<QStringList>("files"); // in the test folder; "small.txt": the test file
+    QTest::addColumn<int>("count");
+    QTest::addColumn<QString>("named");
+    QTest::addColumn<bool>("changed");
+    QTest::addColumn<int>("messages"); // told through the notifier
+    QTest::addColumn<int>("unread");   // lines for standard error
+    const QString small = u"small.txt"_s;
+    const int big = MeasurementStore::capacity - 2;
+    QTest::newRow("data file, then a log")
+        << QStringList{small, u"logs/NAKOS435.log"_s} << 27 << small << true << 0 << 0;
+    QTest::newRow("log, then a data file")
+        << QStringList{u"logs/NAKOS435.log"_s, small} << 27 << small << true << 0 << 0;
+    QTest::newRow("a missing file first")
+        << QStringList{u"missing.txt"_s, small} << 13 << small << true << 0 << 1;
+    QTest::newRow("the second does not fit")
+        << QStringList{u"big.txt"_s, small} << big << u"big.txt"_s << false << 1 << 0;
+}
+
+void TestSession::commandLineFiles() {
+    QFETCH(QStringList, files);
+    QFETCH(QString, named);
+    SessionFixture f;
+    f.start();
+    QVERIFY(!writeLogs(f.dir).isEmpty());
+    const auto path = [&](const QString &name) {
+        return name == u"small.txt"_s ? testData("small.txt") : f.dir.filePath(name);
+    };
+    if (files.first() == u"big.txt"_s) { // a reading a second from 1 January 2024 on
+        MeasurementStore &s = f.store();
+        s.dataPoint_count = MeasurementStore::capacity - 2;
+        for (int i = 0; i < s.dataPoint_count; ++i)
+            s.dataPoints[size_t(i)] = DataPoint{.year = 2024,
+                                                .month = 1,
+                                                .day = uint8_t(1 + i / 86400),
+                                                .hour = uint8_t(i / 3600 % 24),
+                                                .minute = uint8_t(i / 60 % 60),
+                                                .second = uint8_t(i % 60)};
+        QVERIFY(!DataFile(s).dataFile_save(path(u"big.txt"_s), false).failed());
+    }
+    holdSavedPoints(f.store(), 10);
+    QStringList given;
+    for (const QString &name : files)
+        given << path(name);
+    const QStringList unread = f.session.openFiles(given);
+
+    QTEST(f.store().dataPoint_count, "count");
+    QCOMPARE(f.title, title(path(named), f.store().data_changed));
+    QTEST(f.store().data_changed, "changed");
+    QTEST(int(f.notifier.shown.size()), "messages");
+    QTEST(int(unread.size()), "unread");
+    if (!unread.isEmpty())
+        QCOMPARE(unread.first(), u"Cannot open \""_s + path(u"missing.txt"_s) + u"\"."_s);
+    QVERIFY(f.dialogs.calls.isEmpty());
+    QCOMPARE(f.dialogs.modeCalls, 0);
+    QVERIFY(f.session.autoSave().isRunning());
+    QVERIFY(!f.session.busy());
+}
+
+// A file or folder dropped on the window runs Open, Import or Import
+// directory by its kind, with the save prompt and the "Data handling"
+// choice but without the file or folder dialog.
+void TestSession::drops_data() {
+    QTest::addColumn<QString>("dropped"); // in the logs folder; "small.txt": the test file
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<int>("count"); // 3 points held before
+    QTest::addColumn<QString>("named");
+    QTest::newRow("data file, append") << u"small.txt"_s << 3 << 6 << u"small.txt"_s;
+    QTest::newRow("log, replace") << u"NAKOS436.LOG"_s << 1 << 24 << u"/data/run1.txt"_s;
+    QTest::newRow("folder, append two") << u"."_s << 3 << 51 << u"logs/NAKOS435.log_combined.txt"_s;
+    QTest::newRow("data handling cancelled") << u"small.txt"_s << 0 << 3 << u"small.txt"_s;
+}
+
+void TestSession::drops() {
+    QFETCH(QString, dropped);
+    QFETCH(int, mode);
+    QFETCH(QString, named);
+    SessionFixture f;
+    f.start();
+    const QString logs = writeLogs(f.dir);
+    QVERIFY(QFile::rename(logs + u"NAKOS436.log"_s, logs + u"NAKOS436.LOG"_s));
+    holdSavedPoints(f.store(), 3);
+    f.dialogs.modeAnswers << int16_t(mode);
+    f.dialogs.selectionAnswer = {0, 1};
+    const auto path = [&](const QString &name) {
+        if (name == u"small.txt"_s)
+            return testData("small.txt");
+        return name.startsWith(u'/') ? name : QDir::cleanPath(logs + name);
+    };
+    f.session.file_dropped(path(dropped));
+
+    QTEST(f.store().dataPoint_count, "count");
+    QCOMPARE(f.store().fileName_current,
+             named.startsWith(u"logs/"_s) ? f.dir.filePath(named) : path(named));
+    QVERIFY(f.dialogs.calls.isEmpty() && f.dialogs.folderCalls.isEmpty());
+    QCOMPARE(f.dialogs.modeCalls, 1);
+    QCOMPARE(f.dialogs.selectionCalls.size(), dropped == u"."_s ? 1 : 0);
+
+    // Changed data is offered for saving first; Cancel ends the drop there.
+    f.store().data_changed = true;
+    f.notifier.answers = {Notifier::Answer::Cancel};
+    f.session.file_dropped(path(dropped));
+    QCOMPARE(f.notifier.shown.size(), 1);
+    QCOMPARE(f.dialogs.modeCalls, 1);
 }
 
 QTEST_GUILESS_MAIN(TestSession)

@@ -12,9 +12,15 @@ ChartPicture::ChartPicture(QWidget *parent) : QWidget(parent), m_image(1, 1, QIm
 }
 
 void ChartPicture::resizeImage(int width, int height, QRgb fill) {
-    if (m_image.width() == width && m_image.height() == height)
+    // The image holds a pixel for every pixel of the screen, so on a scaled
+    // screen text and lines stay sharp; the chart draws in the widget's own
+    // coordinates all the same.
+    const qreal ratio = devicePixelRatioF();
+    if (m_image.deviceIndependentSize() == QSizeF(width, height) &&
+        m_image.devicePixelRatio() == ratio)
         return;
-    QImage next(width, height, QImage::Format_RGB32);
+    QImage next(QSize(width, height) * ratio, QImage::Format_RGB32);
+    next.setDevicePixelRatio(ratio);
     next.fill(fill);
     QPainter p(&next);
     p.drawImage(0, 0, m_image);

@@ -15,7 +15,8 @@ public:
     QImage &image() { return m_image; }
     const QImage &image() const { return m_image; }
     // A new image of the given size keeping what the old one showed, the
-    // rest in `fill`.
+    // rest in `fill`. Sizes are the widget's; the image has the screen's
+    // pixel density (devicePixelRatio) on top.
     void resizeImage(int width, int height, QRgb fill);
 
 protected:

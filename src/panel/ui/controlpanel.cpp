@@ -12,6 +12,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPalette>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QVBoxLayout>
@@ -46,6 +47,18 @@ ControlPanel::ControlPanel(MonitorSession &session, QWidget *parent)
     Text_oilName = named(new QLineEdit, QStringLiteral("Text_oilName"));
     Label1_data = named(new QLabel, QStringLiteral("Label1_data"));
     Label2_data = named(new QLabel, QStringLiteral("Label2_data"));
+    Label_alarm = named(new QLabel, QStringLiteral("Label_alarm"));
+    Label_alarm->setWordWrap(true);
+    {
+        // The red of the alarm threshold's line in the water chart.
+        QPalette red = Label_alarm->palette();
+        red.setColor(QPalette::WindowText, QColor(204, 0, 0));
+        Label_alarm->setPalette(red);
+        QFont bold = Label_alarm->font();
+        bold.setBold(true);
+        Label_alarm->setFont(bold);
+    }
+    Label_alarm->hide();
 
     Frame2 = named(new QGroupBox(QStringLiteral("Oil stream")), QStringLiteral("Frame2"));
     auto *streams = new QGridLayout(Frame2);
@@ -71,6 +84,7 @@ ControlPanel::ControlPanel(MonitorSession &session, QWidget *parent)
     layout->addWidget(Text_oilName);
     layout->addWidget(Label1_data);
     layout->addWidget(Label2_data);
+    layout->addWidget(Label_alarm);
     layout->addWidget(Frame2);
     layout->addWidget(Picture_logo);
     layout->addStretch();
@@ -123,6 +137,9 @@ void ControlPanel::data_statistics_update() {
     const MeasurementStore &store = m_session.store();
     Label1_data->setText(panel::countText(store.dataPoint_count));
     Label2_data->setText(panel::spanText(store));
+    const QString alarm = panel::alarmText(store);
+    Label_alarm->setText(alarm);
+    Label_alarm->setVisible(!alarm.isEmpty());
 }
 
 void ControlPanel::oilName_update() {

@@ -51,6 +51,9 @@ public:
     QLineEdit *Text_oilName = nullptr;
     QLabel *Label1_data = nullptr;
     QLabel *Label2_data = nullptr;
+    // Beneath the counts, in red, while the newest reading's water is above
+    // the alarm threshold; hidden otherwise.
+    QLabel *Label_alarm = nullptr;
     QGroupBox *Frame2 = nullptr;
     std::array<QRadioButton *, 6> Option_oilStream{};
     QRadioButton *Option_oilStream_any = nullptr;
