@@ -14,17 +14,18 @@ class MeasurementStore;
 // writes the whole store to the autosave file of the current measuring
 // period. Each restart starts a new period with a file name stamped with the
 // clock's local time, so one autosave file exists per period. The writing
-// itself is a callback (the native save routine without progress window),
-// which keeps this class free of the file code; that routine clears the
-// modified mark and refreshes the title on success. fileName_current is
-// never touched here.
+// itself is a callback (the session's, which writes a copy of the store in
+// the background), which keeps this class free of the file code; that
+// routine clears the modified mark and refreshes the title once the file is
+// written. fileName_current is never touched here.
 class AutoSave : public QObject {
     Q_OBJECT
 public:
     static constexpr int interval_ms = 10000;
     static constexpr int ticksPerSave = 6;
 
-    // Writes the store to the named file; returns true when it failed.
+    // Writes the store to the named file, or starts doing so; returns true
+    // when it failed (or could not start).
     using SaveFunction = std::function<bool(const QString &fileName)>;
 
     AutoSave(MeasurementStore &store, const Clock &clock, SaveFunction save,

@@ -43,6 +43,62 @@ bool writeAll(QIODevice &device, const QByteArray &bytes) {
     return device.write(bytes) != bytes.size();
 }
 
+// The seven header lines: threshold, oil name, the two calibration tables
+// and the column titles.
+bool writeHeader(QIODevice &device, float alarmThreshold, const QString &oilName,
+                 const CalTable &calSource, const CalTable &calTable) {
+    const QByteArray line1 =
+        ":alarmthreshold=" + textformat::formatFixed(alarmThreshold, 0, '.') + crlf;
+    const QByteArray line2 = ":oilname=" + oilName.toLatin1() + crlf;
+    const QByteArray lines34 =
+        ":calsource=" + pairList(calSource) + crlf + ":caltable=" + pairList(calTable) + crlf;
+    return writeAll(device, line1) || writeAll(device, line2) || writeAll(device, lines34) ||
+           writeAll(device, titleLines);
+}
+
+// One data line, tab-separated, ended by CR LF.
+constexpr size_t maxDataLine = 10 + 8 + 7 * textformat::maxFixedLength + 8 + 2;
+
+char *formatDataLine(const DataPoint &p, char *o) {
+    using textformat::formatFixed;
+    textformat::writeDate(p, o);
+    o[10] = '\t';
+    textformat::writeTime(p, o + 11);
+    o[19] = '\t';
+    o += 20;
+    o += formatFixed<0>(p.water, '.', o);
+    *o++ = '\t';
+    o += formatFixed<2>(p.pressure, '.', o);
+    *o++ = '\t';
+    o += formatFixed<2>(p.temperature, '.', o);
+    *o++ = '\t';
+    o += formatFixed<2>(p.soot, '.', o);
+    *o++ = '\t';
+    o += formatFixed<0>(p.adc_ref, '.', o);
+    *o++ = '\t';
+    o += formatFixed<0>(p.adc_meas, '.', o);
+    *o++ = '\t';
+    o += formatFixed<0>(float(p.stream), '.', o);
+    *o++ = '\r';
+    *o++ = '\n';
+    return o;
+}
+
+// Progress for the snapshot writer, which shows none and lets no events run.
+struct NoProgress {
+    void update(int64_t, int64_t) {}
+};
+
+bool sameTable(const CalTable &a, const CalTable &b) {
+    if (a.count != b.count)
+        return false;
+    for (int i = 0; i < std::clamp<int>(a.count, 0, CalTable::capacity); ++i) {
+        if (a.pairs[i].first != b.pairs[i].first || a.pairs[i].second != b.pairs[i].second)
+            return false;
+    }
+    return true;
+}
+
 QString deviceName(const QIODevice &device, const QString &name) {
     if (!name.isEmpty())
         return name;
@@ -74,17 +130,25 @@ FileResult DataFile::dataFile_save(QIODevice &device, bool showProgress, const Q
 }
 
 FileResult DataFile::saveTo(QIODevice &device, const QString &name, ProgressTicker &ticker) {
-    const QByteArray line1 =
-        ":alarmthreshold=" + textformat::formatFixed(m_store.alarmThreshold, 0, '.') + crlf;
-    const QByteArray line2 = ":oilname=" + m_store.oilName.toLatin1() + crlf;
-    const QByteArray lines34 = ":calsource=" + pairList(m_store.calSource) + crlf +
-                               ":caltable=" + pairList(m_store.calTable) + crlf;
-    if (writeAll(device, line1) || writeAll(device, line2) || writeAll(device, lines34) ||
-        writeAll(device, titleLines))
+    if (writeHeader(device, m_store.alarmThreshold, m_store.oilName, m_store.calSource,
+                    m_store.calTable))
         return FileResult::writeFailed(name);
     if (writeLines(device, 0, m_store.dataPoint_count, ticker))
         return FileResult::writeFailed(name);
     m_store.data_changed = false;
+    return FileResult::ok();
+}
+
+FileResult DataFile::dataFile_saveSnapshot(QIODevice &device, const DataFileSnapshot &snapshot,
+                                           const QString &name) {
+    if (!device.isWritable())
+        return FileResult::createFailed(deviceName(device, name));
+    NoProgress progress;
+    if (writeHeader(device, snapshot.alarmThreshold, snapshot.oilName, snapshot.calSource,
+                    snapshot.calTable) ||
+        writePointLines(device, snapshot.points.data(), 0, int32_t(snapshot.points.size()),
+                        maxDataLine, progress, formatDataLine))
+        return FileResult::writeFailed(deviceName(device, name));
     return FileResult::ok();
 }
 
@@ -96,32 +160,27 @@ bool DataFile::dataFile_writeLines(QIODevice *device, int32_t first, int32_t end
 }
 
 bool DataFile::writeLines(QIODevice &device, int32_t first, int32_t end, ProgressTicker &ticker) {
-    using textformat::formatFixed;
-    constexpr size_t maxLine = 10 + 8 + 7 * textformat::maxFixedLength + 8 + 2;
-    const auto formatLine = [&](const DataPoint &p, char *o) {
-        textformat::writeDate(p, o);
-        o[10] = '\t';
-        textformat::writeTime(p, o + 11);
-        o[19] = '\t';
-        o += 20;
-        o += formatFixed<0>(p.water, '.', o);
-        *o++ = '\t';
-        o += formatFixed<2>(p.pressure, '.', o);
-        *o++ = '\t';
-        o += formatFixed<2>(p.temperature, '.', o);
-        *o++ = '\t';
-        o += formatFixed<2>(p.soot, '.', o);
-        *o++ = '\t';
-        o += formatFixed<0>(p.adc_ref, '.', o);
-        *o++ = '\t';
-        o += formatFixed<0>(p.adc_meas, '.', o);
-        *o++ = '\t';
-        o += formatFixed<0>(float(p.stream), '.', o);
-        *o++ = '\r';
-        *o++ = '\n';
-        return o;
-    };
-    return writeRecordLines(device, m_store, first, end, maxLine, ticker, formatLine);
+    return writeRecordLines(device, m_store, first, end, maxDataLine, ticker, formatDataLine);
+}
+
+void DataFileSnapshot::take(const MeasurementStore &store) {
+    const auto *begin = store.dataPoints.data();
+    points.assign(
+        begin, begin + std::clamp<int32_t>(store.dataPoint_count, 0, MeasurementStore::capacity));
+    alarmThreshold = store.alarmThreshold;
+    oilName = store.oilName;
+    calSource = store.calSource;
+    calTable = store.calTable;
+}
+
+bool DataFileSnapshot::sameAs(const MeasurementStore &store) const {
+    // Bytes, not values: a point rewritten in place counts as changed, which
+    // at worst keeps a modified mark that could have gone.
+    return int32_t(points.size()) == store.dataPoint_count &&
+           (points.empty() || std::memcmp(points.data(), store.dataPoints.data(),
+                                          points.size() * sizeof(DataPoint)) == 0) &&
+           alarmThreshold == store.alarmThreshold && oilName == store.oilName &&
+           sameTable(calSource, store.calSource) && sameTable(calTable, store.calTable);
 }
 
 FileResult DataFile::dataFile_load(const QString &fileName, MergeMode mode, bool showProgress) {

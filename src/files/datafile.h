@@ -9,10 +9,29 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 class FileProgress;
 class QIODevice;
 class ProgressTicker;
+
+// Everything a native data file holds, copied out of the store, so it can be
+// written away from the store (the autosave writes it on a thread of its
+// own while readings keep coming in).
+struct DataFileSnapshot {
+    std::vector<DataPoint> points;
+    float alarmThreshold = -1.0f;
+    QString oilName;
+    CalTable calSource;
+    CalTable calTable;
+
+    // Copies the store's points and metadata (the room of `points` is kept
+    // from one copy to the next).
+    void take(const MeasurementStore &store);
+    // True when the store still holds exactly what was taken, so a file
+    // written from the copy stands for the store.
+    bool sameAs(const MeasurementStore &store) const;
+};
 
 // The native data file: its writer (dataFile_save, dataFile_writeLines) and
 // its reader (dataFile_load). The reader scans the file into a load buffer
@@ -32,6 +51,12 @@ public:
     // fileName_current are the caller's business.
     FileResult dataFile_save(const QString &fileName, bool showProgress);
     FileResult dataFile_save(QIODevice &device, bool showProgress, const QString &name = {});
+
+    // Writes a snapshot: the same bytes dataFile_save writes for the store
+    // it was taken from. Touches no store and lets no events run, so it may
+    // run on any thread; the caller owns the device.
+    static FileResult dataFile_saveSnapshot(QIODevice &device, const DataFileSnapshot &snapshot,
+                                            const QString &name = {});
 
     // Writes the data lines of store indices first .. end-1; true (failed)
     // for a device that is null or not writable, a range outside the store's

@@ -11,13 +11,32 @@
 #include "settings/startupfolders.h"
 
 #include <QSaveFile>
+#include <QThreadPool>
+
+namespace {
+
+// The autosave's worker: the snapshot into a temporary file that replaces
+// the autosave file only when complete. True when it failed.
+bool writeAutoSaveFile(const QString &fileName, const DataFileSnapshot &snapshot) {
+    QSaveFile file(fileName);
+    if (!file.open(QIODevice::WriteOnly))
+        return true;
+    if (DataFile::dataFile_saveSnapshot(file, snapshot, fileName).failed())
+        return true; // the temporary file goes; last minute's file stays whole
+    return !file.commit();
+}
+
+} // namespace
 
 MonitorSession::MonitorSession(SessionSeams seams, MeasurementStore &store,
                                std::unique_ptr<RegistryKey> settingsKey, QObject *parent)
     : QObject(parent), m_seams(seams), m_store(store), m_settingsKey(std::move(settingsKey)),
       m_dataFile(std::make_unique<DataFile>(m_store, seams.progress)),
       m_csv(std::make_unique<CsvExport>(m_store, seams.progress)),
-      m_logImport(std::make_unique<LogImport>(m_store, seams.progress)) {
+      m_logImport(std::make_unique<LogImport>(m_store, seams.progress)),
+      m_autoSavePool(std::make_unique<QThreadPool>()),
+      m_autoSaveSnapshot(std::make_shared<DataFileSnapshot>()) {
+    m_autoSavePool->setMaxThreadCount(1);
     m_autoSave = new AutoSave(
         m_store, seams.clock, [this](const QString &name) { return autoSave_write(name); }, this);
 
@@ -37,7 +56,11 @@ MonitorSession::MonitorSession(SessionSeams seams, MeasurementStore &store,
     connect(&Timer_monitorChanges, &QTimer::timeout, this, &MonitorSession::monitorTick);
 }
 
-MonitorSession::~MonitorSession() = default;
+MonitorSession::~MonitorSession() {
+    // A write under way completes: the autosave file is never left half
+    // replaced, and the worker never outlives the session it reports to.
+    m_autoSavePool->waitForDone();
+}
 
 void MonitorSession::settings_load() {
     if (settings::readRegistry(*m_settingsKey, m_flags, m_store.waterDisplayPercent)) {
@@ -216,16 +239,28 @@ bool MonitorSession::saveChanges_prompt() {
 }
 
 bool MonitorSession::autoSave_write(const QString &fileName) {
-    QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly))
-        return true;
-    const bool wasChanged = m_store.data_changed;
-    if (m_dataFile->dataFile_save(file, false, fileName).failed())
-        return true; // the temporary file goes; last minute's file stays whole
-    if (!file.commit()) {
-        m_store.data_changed = wasChanged;
-        return true;
-    }
-    titleRefresh();
+    if (m_autoSaveRunning)
+        return true; // a slow disk: the next minute tries again
+    // About 5 MB copied in a few milliseconds; the formatting and the disk
+    // take the worker tens of milliseconds and more.
+    m_autoSaveSnapshot->take(m_store);
+    m_autoSaveRunning = true;
+    m_autoSavePool->start([this, fileName, snapshot = m_autoSaveSnapshot] {
+        const bool failed = writeAutoSaveFile(fileName, *snapshot);
+        QMetaObject::invokeMethod(
+            this, [this, failed] { autoSave_finished(failed); }, Qt::QueuedConnection);
+    });
     return false;
+}
+
+void MonitorSession::autoSave_finished(bool failed) {
+    m_autoSaveRunning = false;
+    if (!failed) {
+        // Readings that came in meanwhile, or a file read, are not in the
+        // autosave file: their mark stays.
+        if (m_autoSaveSnapshot->sameAs(m_store))
+            m_store.data_changed = false;
+        titleRefresh();
+    }
+    emit autoSaveFinished(failed);
 }

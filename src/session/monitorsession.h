@@ -18,6 +18,7 @@
 class Clock;
 class CsvExport;
 class DataFile;
+struct DataFileSnapshot;
 class DeviceLink;
 class FileDialogs;
 class FileProgress;
@@ -26,6 +27,7 @@ class LogImport;
 struct LogImportRun;
 struct LogFileRef;
 class Notifier;
+class QThreadPool;
 class RegistryKey;
 
 // What a session asks the user through, and how it shows progress: message
@@ -171,6 +173,8 @@ public:
     const LinkHealth &health() const;
     // The autosave timer (tests run its minute by hand).
     AutoSave &autoSave() { return *m_autoSave; }
+    // An autosave file is being written in the background.
+    bool autoSaveRunning() const { return m_autoSaveRunning; }
 
     // What the General settings dialog edits.
     DisplayFlags &flags() { return m_flags; }
@@ -197,6 +201,9 @@ signals:
     // A poll's "list" exchange ended (also without a port).
     void pollFinished(const PollOutcome &outcome);
     void queryStateChanged(bool running);
+    // An autosave's write ended (after the mark and the title were
+    // updated); failed: the last minute's file, if any, stays as it was.
+    void autoSaveFinished(bool failed);
 
 private:
     // Runs one file command unless another one is running; the windows
@@ -219,9 +226,14 @@ private:
     QString openStartPath() const;
     // Shows a file that holds more records than fit; nothing was changed.
     void reportTooMany(const QString &message);
-    // The autosave's write: a temporary file beside the autosave file,
-    // renamed over it only when every write succeeded.
+    // The autosave's write: a copy of the store is written on a thread of
+    // its own to a temporary file beside the autosave file, renamed over it
+    // only when every write succeeded, so the window never waits for the
+    // disk. Skipped (true) while the previous one still writes.
     bool autoSave_write(const QString &fileName);
+    // Back on this thread: the mark goes only when the store still holds
+    // what was written.
+    void autoSave_finished(bool failed);
     QString configuredDevice(int n) const;
     // Emits metadataChanged() when the metadata differ from the last look.
     void checkMetadata();
@@ -248,4 +260,7 @@ private:
     QHash<int, QString> m_mappedPorts;
     QString m_devicePort;
     Metadata m_metadata;
+    std::unique_ptr<QThreadPool> m_autoSavePool;
+    std::shared_ptr<DataFileSnapshot> m_autoSaveSnapshot;
+    bool m_autoSaveRunning = false;
 };
