@@ -107,32 +107,33 @@ void DeviceLink::com_app_getCalibration() {
 void DeviceLink::enqueueList(bool endsPoll) {
     enqueue({QStringLiteral("list\r\n"),
              Warn::OncePerRun,
-             [this, endsPoll](const QByteArray &reply) { listReplied(reply, endsPoll); },
+             [this, endsPoll](const QByteArray &) { listReplied(endsPoll); },
              {},
-             false});
+             false,
+             true});
 }
 
-void DeviceLink::listReplied(const QByteArray &reply, bool endsPoll) {
-    const int before = m_store.dataPoint_count;
+void DeviceLink::listReplied(bool endsPoll) {
     PollOutcome outcome;
-    outcome.list = applyListReply(reply, m_store);
+    outcome.list = m_listResult;
+    outcome.list.echoOk = m_list->finish();
+    outcome.list.lines = m_list->lines();
+    const bool answered = m_list->bytesSeen() > 0;
+    m_list.reset();
     // An exchange whose port could not be opened ends with no reply at all;
     // an open port always brings at least the echo from a live sensor.
     if (!m_openFailed && outcome.list.added > 0) {
         outcome.status = PollOutcome::Status::Readings;
         ++m_health.pollsWithReadings;
-        m_health.lastReading = QDateTime::currentDateTime();
     } else if (m_openFailed) {
         outcome.status = PollOutcome::Status::PortMissing;
         ++m_health.pollsWithoutPort;
-    } else if (!outcome.list.echoOk && !reply.isEmpty()) {
+    } else if (!outcome.list.echoOk && answered) {
         outcome.status = PollOutcome::Status::NoEcho;
         ++m_health.repliesWithoutEcho;
     }
     if (endsPoll)
         m_pollRunning = false;
-    if (m_store.dataPoint_count > before)
-        emit readingsAppended(before, m_store.dataPoint_count - before);
     emit pollFinished(outcome);
 }
 
@@ -175,6 +176,11 @@ void DeviceLink::pump() {
         m_active = true;
         m_reply.clear();
         m_openFailed = false;
+        if (m_current.list) {
+            m_listResult = ListReplyResult();
+            m_list = std::make_unique<ListReplyReader>(m_store.decimalSeparator,
+                                                       listStoreSink(m_store, m_listResult));
+        }
         if (!m_portIsOpen)
             com_openComPort();
         if (!m_portIsOpen) {
@@ -205,17 +211,25 @@ void DeviceLink::finishExchange() {
 
 void DeviceLink::onReadyRead() {
     const QByteArray bytes = m_io->readAll();
-    if (!m_active || !Timer_comTimeOut.isActive())
+    if (!m_active || !Timer_comTimeOut.isActive() || bytes.isEmpty())
         return; // nothing is collecting: these bytes belong to no exchange
+    m_health.bytesReceived += uint64_t(bytes.size());
+    Timer_comTimeOut.start(kSilenceMs);
+    if (m_list) {
+        const int before = m_store.dataPoint_count;
+        m_list->feed(bytes);
+        if (m_store.dataPoint_count > before) {
+            m_health.lastReading = QDateTime::currentDateTime();
+            emit readingsAppended(before, m_store.dataPoint_count - before);
+        }
+        return;
+    }
     // Past the cap only the start of the reply is kept: a piece taken after
     // a dropped one would join two lines into one that the sensor never
     // sent, with the stamp of one reading and the values of another.
-    m_health.bytesReceived += uint64_t(bytes.size());
     const qsizetype room = kMaxReplyBytes - m_reply.size();
     if (room > 0)
         m_reply.append(bytes.constData(), std::min(room, bytes.size()));
-    if (!bytes.isEmpty())
-        Timer_comTimeOut.start(kSilenceMs);
 }
 
 void DeviceLink::onPortLost() {

@@ -29,10 +29,12 @@ class Notifier;
 // they never share the port; the user interface keeps running meanwhile.
 //
 // While querying runs, every tick of Timer_queryTiming is one poll: the
-// alarm limit, the calibration tables and the reading list, in that order,
-// each reply applied to the store as soon as it is complete. After every
+// alarm limit, the calibration tables and the reading list, in that order.
+// The alarm and calibration replies are applied to the store when they are
+// complete; the readings of the list enter it line by line as they arrive,
+// and readingsAppended() names the new points each time. After every
 // reading list pollFinished() tells the owner how it went (the owner then
-// refreshes its display), and readingsAppended() names the new points.
+// refreshes its display).
 //
 // The link is driven by its owner, the session: nothing else starts or
 // stops the query or chooses the port.
@@ -41,12 +43,15 @@ class DeviceLink : public QObject {
 public:
     static constexpr int kSilenceMs = 200;
     static constexpr int kQueryIntervalMs = 4000;
-    // A talker that never stops keeps its exchange alive; beyond this many
-    // bytes its output is still consumed but no longer kept, and the reply
-    // is the first kMaxReplyBytes it sent. 1 MiB is some 90 s of talk at
-    // 115200 baud, about 10000 reading lines, while an honest poll brings a
-    // few kilobytes every 4 s; the cap bounds both the memory an exchange
-    // holds and the time the user interface spends parsing what it kept.
+    // The reading list is read line by line as it arrives: each complete
+    // line enters the store at once and only the unfinished one is held, so
+    // a reply of any length, even a talker that never stops, takes a few
+    // kilobytes. The other exchanges (alarm limit, calibration, the service
+    // tools) keep their reply whole, which would grow without end on such a
+    // talker: beyond this many bytes their output is still consumed but no
+    // longer kept, and the reply is the first kMaxReplyBytes it sent. Their
+    // honest replies are a few hundred bytes; 1 MiB is some 90 s of talk at
+    // 115200 baud.
     static constexpr qsizetype kMaxReplyBytes = 1024 * 1024;
 
     DeviceLink(MeasurementStore &store, Notifier &notifier, QObject *parent = nullptr);
@@ -93,8 +98,12 @@ public:
     bool portIsOpen() const { return m_portIsOpen; }
     bool pollRunning() const { return m_pollRunning; }
     bool exchangeRunning() const { return m_active; }
-    // The bytes kept so far of the reply being collected.
-    qsizetype replyBytes() const { return m_reply.size(); }
+    // The bytes held of the reply being collected: the reply so far for the
+    // alarm, calibration and service exchanges, the unfinished line for the
+    // reading list.
+    qsizetype bufferedBytes() const {
+        return m_reply.size() + (m_list ? m_list->bufferedBytes() : 0);
+    }
     bool queryRunning() const { return Timer_queryTiming.isActive(); }
     // The device the next exchange will open, and the one behind any port
     // number.
@@ -127,6 +136,8 @@ private:
         // exchange starts: the command is not sent.
         QPointer<QObject> owner;
         bool owned = false;
+        // The reading list: read as it arrives, `done` gets no bytes.
+        bool list = false;
     };
 
     void enqueue(Exchange exchange);
@@ -138,7 +149,7 @@ private:
     void onQueryTick();
     void startPoll(bool withMetadata);
     void enqueueList(bool endsPoll);
-    void listReplied(const QByteArray &reply, bool endsPoll);
+    void listReplied(bool endsPoll);
 
     MeasurementStore &m_store;
     Notifier &m_notifier;
@@ -157,4 +168,7 @@ private:
     bool m_active = false;
     bool m_pumping = false;
     QByteArray m_reply;
+    // While a reading list is collected: its reader and what it did so far.
+    std::unique_ptr<ListReplyReader> m_list;
+    ListReplyResult m_listResult;
 };

@@ -4,11 +4,14 @@
 #include "core/store.h"
 #include "device/replytext.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstring>
 #include <optional>
 #include <type_traits>
+#include <utility>
 
 namespace {
 
@@ -161,51 +164,120 @@ bool parseListLine(std::string_view line, DataPoint &p) {
     return valid;
 }
 
+namespace {
+
+constexpr QByteArrayView kEcho("list\r\n\r\n");
+
+} // namespace
+
+ListReplyReader::ListReplyReader(QChar decimalSeparator, ListLineSink sink)
+    : m_sink(std::move(sink)) {
+    const bool pointLocale = decimalSeparator == QLatin1Char('.');
+    m_from = pointLocale ? ',' : '.';
+    m_to = pointLocale ? '.' : ',';
+}
+
+void ListReplyReader::feed(QByteArrayView bytes) {
+    m_seen += bytes.size();
+    if (m_echo == Echo::Open) {
+        const qsizetype wanted = std::min(kEcho.size() - m_head.size(), bytes.size());
+        m_head.append(bytes.first(wanted));
+        bytes = bytes.sliced(wanted);
+        if (!kEcho.startsWith(m_head)) {
+            m_echo = Echo::Failed;
+        } else if (m_head.size() == kEcho.size()) {
+            m_echo = Echo::Ok;
+            take(m_head);
+        }
+        if (m_echo != Echo::Open)
+            m_head = QByteArray();
+    }
+    if (m_echo == Echo::Ok)
+        take(bytes);
+}
+
+bool ListReplyReader::finish() {
+    if (m_echo == Echo::Open)
+        m_echo = Echo::Failed; // shorter than the echo
+    m_head = QByteArray();
+    m_line.clear();
+    m_line.shrink_to_fit();
+    return m_echo == Echo::Ok;
+}
+
+// The bytes up to each CR join the unfinished line, LFs removed, letters
+// upper-cased and the separator replaced; the CR ends the line.
+void ListReplyReader::take(QByteArrayView bytes) {
+    const char *p = bytes.data();
+    const char *const end = p + bytes.size();
+    while (p < end) {
+        const void *found = std::memchr(p, '\r', size_t(end - p));
+        const char *const stop = found ? static_cast<const char *>(found) : end;
+        for (; p < stop && qsizetype(m_line.size()) < kMaxLineBytes; ++p) {
+            const char c = *p;
+            if (c == '\n')
+                continue;
+            const char upper = static_cast<unsigned char>(c - 'a') < 26 ? char(c - ('a' - 'A')) : c;
+            m_line.push_back(upper == m_from ? m_to : upper);
+        }
+        if (!found)
+            return;
+        endLine();
+        p = stop + 1;
+    }
+}
+
+void ListReplyReader::endLine() {
+    std::string_view line(m_line);
+    while (!line.empty() && line.front() == ' ')
+        line.remove_prefix(1);
+    while (!line.empty() && line.back() == ' ')
+        line.remove_suffix(1);
+    if (line.size() >= 21) {
+        ++m_lines;
+        DataPoint p;
+        const bool valid = parseListLine(line, p);
+        m_sink(p, valid);
+    }
+    m_line.clear();
+}
+
 bool parseListReply(QByteArrayView reply, QChar decimalSeparator, const ListLineSink &sink,
                     int *lineCount) {
+    ListReplyReader reader(decimalSeparator, sink);
+    reader.feed(reply);
+    const bool echoOk = reader.finish();
     if (lineCount)
-        *lineCount = 0;
-    if (!reply.startsWith(QByteArrayView("list\r\n\r\n")))
-        return false;
-    const bool pointLocale = decimalSeparator == QLatin1Char('.');
-    ReplyLines lines(reply, pointLocale ? ',' : '.', pointLocale ? '.' : ',');
-    std::string_view line;
-    DataPoint p;
-    while (lines.next(line)) {
-        if (line.size() < 21)
-            continue; // the echoed command and the empty line after it
-        if (lineCount)
-            ++*lineCount;
-        const bool valid = parseListLine(line, p);
-        sink(p, valid);
-    }
-    return true;
+        *lineCount = reader.lines();
+    return echoOk;
+}
+
+ListLineSink listStoreSink(MeasurementStore &store, ListReplyResult &result) {
+    return [&store, &result](const DataPoint &p, bool valid) {
+        if (!valid) {
+            ++result.invalid;
+            return;
+        }
+        switch (store.append(p)) {
+        case AppendResult::Added:
+            ++result.added;
+            break;
+        case AppendResult::Duplicate:
+            ++result.duplicates;
+            break;
+        case AppendResult::Full:
+            ++result.full;
+            break;
+        case AppendResult::Invalid:
+            ++result.invalid;
+            break;
+        }
+    };
 }
 
 ListReplyResult applyListReply(QByteArrayView reply, MeasurementStore &store) {
     ListReplyResult result;
-    result.echoOk = parseListReply(
-        reply, store.decimalSeparator,
-        [&](const DataPoint &p, bool valid) {
-            if (!valid) {
-                ++result.invalid;
-                return;
-            }
-            switch (store.append(p)) {
-            case AppendResult::Added:
-                ++result.added;
-                break;
-            case AppendResult::Duplicate:
-                ++result.duplicates;
-                break;
-            case AppendResult::Full:
-                ++result.full;
-                break;
-            case AppendResult::Invalid:
-                ++result.invalid;
-                break;
-            }
-        },
-        &result.lines);
+    result.echoOk =
+        parseListReply(reply, store.decimalSeparator, listStoreSink(store, result), &result.lines);
     return result;
 }

@@ -1,5 +1,7 @@
 #include "device/portnames.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QSerialPortInfo>
 
 #include <algorithm>
@@ -39,4 +41,19 @@ QString comPort_device(int comPort, const ConfiguredPort &configured) {
         return {};
     return comPort_devices(comPort, {}).value(comPort - 1);
 #endif
+}
+
+QString portNames_byId(const QString &device, const QString &folder) {
+    if (device.isEmpty())
+        return {};
+    const QString target = QFileInfo(device).canonicalFilePath();
+    if (target.isEmpty())
+        return {};
+    const QFileInfoList entries = QDir(folder).entryInfoList(
+        QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    for (const QFileInfo &entry : entries) {
+        if (entry.isSymLink() && entry.canonicalFilePath() == target)
+            return entry.filePath();
+    }
+    return {};
 }

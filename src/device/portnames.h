@@ -14,3 +14,12 @@ using ConfiguredPort = std::function<QString(int comPort)>;
 QString comPort_device(int comPort, const ConfiguredPort &configured);
 // The devices of port numbers 1 .. count, asking the system's list once.
 QStringList comPort_devices(int count, const ConfiguredPort &configured);
+
+// The stable name of a serial device: the entry of `folder` (the system's
+// /dev/serial/by-id, named after the adapter's maker, model and serial
+// number) that links to the same device as `device`, as a full path; empty
+// when there is none (no such folder, a device not plugged in, a built-in
+// port). A by-id name works wherever a port is named, so it keeps leading
+// to the sensor when the system numbers its adapters differently.
+QString portNames_byId(const QString &device,
+                       const QString &folder = QStringLiteral("/dev/serial/by-id"));

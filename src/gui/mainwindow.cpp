@@ -1,6 +1,7 @@
 #include "gui/mainwindow.h"
 
 #include "chart/ui/chartset.h"
+#include "chart/ui/dataview.h"
 #include "device/ui/toolbox.h"
 #include "gui/aboutdialog.h"
 #include "gui/appicon.h"
@@ -16,9 +17,15 @@
 #include <QDropEvent>
 #include <QGuiApplication>
 #include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QPointer>
 #include <QScreen>
+
+#include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -102,6 +109,18 @@ void MainWindow::createMenus() {
     file_print->setShortcuts(QKeySequence::Print);
     file_exit->setShortcuts(QKeySequence::Quit);
     settings_generalSettings->setShortcuts(QKeySequence::Preferences);
+    // After "?", so the menus before it keep their places: the windows,
+    // the control panel first, so a closed one can always be brought back.
+    m_windowMenu = menuBar()->addMenu(QStringLiteral("Window"));
+    m_windowMenu->setObjectName(QStringLiteral("window"));
+    item(m_windowMenu, window_controlPanel, "window_controlPanel", "Control Panel");
+    m_chartsEnd = m_windowMenu->addSeparator();
+    item(m_windowMenu, window_tile, "window_tile", "Tile");
+    item(m_windowMenu, window_cascade, "window_cascade", "Cascade");
+    connect(m_windowMenu, &QMenu::aboutToShow, this, &MainWindow::window_listCharts);
+    connect(window_controlPanel, &QAction::triggered, this, [this] { bringBack(m_panel); });
+    connect(window_tile, &QAction::triggered, m_mdi, &QMdiArea::tileSubWindows);
+    connect(window_cascade, &QAction::triggered, m_mdi, &QMdiArea::cascadeSubWindows);
 
     MonitorSession *s = &m_session;
     connect(file_new, &QAction::triggered, s, &MonitorSession::file_new);
@@ -122,6 +141,35 @@ void MainWindow::createMenus() {
         if (m_charts)
             PrintCommand(this).file_print(*m_charts, m_session.flags());
     });
+}
+
+// One entry per chart window the display settings show, by its title,
+// between the control panel's entry and Tile.
+void MainWindow::window_listCharts() {
+    qDeleteAll(m_chartEntries);
+    m_chartEntries.clear();
+    if (!m_charts)
+        return;
+    const ChartVisibility shown = chartVisibility(m_session.flags());
+    const bool wanted[chart_quantityCount] = {shown.water, shown.pressure, shown.temperature,
+                                              shown.soot};
+    for (int i = 0; i < chart_quantityCount; ++i) {
+        QMdiSubWindow *view = m_charts->chart(ChartQuantity(i));
+        if (!view || !wanted[i])
+            continue;
+        auto *entry = new QAction(view->windowTitle(), m_windowMenu);
+        connect(entry, &QAction::triggered, this,
+                [this, view = QPointer<QMdiSubWindow>(view)] { bringBack(view); });
+        m_windowMenu->insertAction(m_chartsEnd, entry);
+        m_chartEntries << entry;
+    }
+}
+
+void MainWindow::bringBack(QMdiSubWindow *window) {
+    if (!window)
+        return;
+    window->showNormal();
+    m_mdi->setActiveSubWindow(window);
 }
 
 void MainWindow::connectSession() {
@@ -157,6 +205,8 @@ void MainWindow::startUp(const QString &currentDir) {
     QCoreApplication::processEvents();
     m_panel = new ControlPanel(m_session);
     m_mdi->addSubWindow(m_panel);
+    // Closing the panel only hides it; the Window menu brings it back.
+    m_panel->setAttribute(Qt::WA_DeleteOnClose, false);
     m_panel->resize(ControlPanel::startWidth, ControlPanel::startHeight);
     m_panel->move(0, 0);
     m_panel->show();
@@ -194,22 +244,16 @@ void MainWindow::tools_toolbox_command() {
 }
 
 void MainWindow::programTerminate() {
-    if (m_terminated)
-        return;
-    m_terminated = true;
-    if (m_charts)
-        m_charts->releaseCharts();
-    delete m_panel;
-    m_panel = nullptr;
-    // Nothing is saved; the windows go and the event loop ends without
-    // running the events still queued.
-    m_mdi->closeAllSubWindows();
-    QCoreApplication::exit(0);
+    // The process ends here, from wherever Exit came: a chart's drawing or
+    // a file routine may be on the stack below, letting events run, and
+    // must never resume over windows deleted under it. No further event
+    // runs and nothing is saved; the system closes the port and files.
+    std::fflush(nullptr);
+    std::_Exit(0);
 }
 
-void MainWindow::closeEvent(QCloseEvent *event) {
+void MainWindow::closeEvent(QCloseEvent *) {
     programTerminate();
-    event->accept();
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent *event) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QMainWindow>
 
 class ChartSet;
@@ -7,6 +8,8 @@ class ControlPanel;
 class MonitorSession;
 class QAction;
 class QMdiArea;
+class QMdiSubWindow;
+class QMenu;
 class SettingsDialog;
 
 // The multiple-document frame of the program: it runs the start-up that
@@ -21,9 +24,10 @@ public:
 
     // Runs the start-up sequence with currentDir as the working folder.
     void startUp(const QString &currentDir);
-    // Ends the program at once; nothing is saved.
-    void programTerminate();
-    bool isTerminated() const { return m_terminated; }
+    // Ends the process at once with status 0, from anywhere (also from
+    // inside a drawing or a file routine): no further event runs, nothing
+    // is saved, no window is taken down.
+    [[noreturn]] void programTerminate();
 
     MonitorSession &session() { return m_session; }
     QMdiArea *mdiArea() const { return m_mdi; }
@@ -47,6 +51,9 @@ public:
     QAction *tools_toolbox = nullptr;
     QAction *settings_generalSettings = nullptr;
     QAction *q_about = nullptr;
+    QAction *window_controlPanel = nullptr;
+    QAction *window_tile = nullptr;
+    QAction *window_cascade = nullptr;
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -66,11 +73,17 @@ private:
     void settings_generalSettings_command();
     void q_about_command();
     void tools_toolbox_command();
+    // The Window menu's chart entries, made afresh each time it opens.
+    void window_listCharts();
+    // Shows a window again (closed, minimised) and makes it the active one.
+    void bringBack(QMdiSubWindow *window);
 
     MonitorSession &m_session;
     QMdiArea *m_mdi = nullptr;
     SettingsDialog *m_settingsDialog = nullptr;
     ChartSet *m_charts = nullptr;
     ControlPanel *m_panel = nullptr;
-    bool m_terminated = false;
+    QMenu *m_windowMenu = nullptr;
+    QAction *m_chartsEnd = nullptr; // the separator after the chart entries
+    QList<QAction *> m_chartEntries;
 };

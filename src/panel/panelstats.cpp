@@ -3,6 +3,7 @@
 #include "core/store.h"
 #include "core/timetext.h"
 #include "files/textformat.h"
+#include "device/linkhealth.h"
 
 #include <algorithm>
 
@@ -52,6 +53,33 @@ int16_t portFromIndex(int index) {
 
 QString portEntry(int number) {
     return QLatin1String("COM ") + QString::number(number);
+}
+
+QString portTip(const QString &device, const QString &stableName) {
+    if (device.isEmpty())
+        return QStringLiteral("no such port");
+    if (stableName.isEmpty() || stableName == device)
+        return device;
+    return stableName + QLatin1String(" (") + device + QLatin1Char(')');
+}
+
+QString healthText(const LinkHealth &health, const QDateTime &now) {
+    QString age = QStringLiteral("no reading yet");
+    if (health.lastReading.isValid()) {
+        const qint64 s = std::max<qint64>(0, health.lastReading.secsTo(now));
+        age = QLatin1String("last reading ") +
+              (s < 120    ? QString::number(s) + QLatin1String(" s")
+               : s < 7200 ? QString::number(s / 60) + QLatin1String(" min")
+                          : QString::number(s / 3600) + QLatin1String(" h")) +
+              QLatin1String(" ago");
+    }
+    return QStringLiteral("polls with readings: %1\npolls without port: %2\n"
+                          "replies without echo: %3\nbytes received: %4\n")
+               .arg(health.pollsWithReadings)
+               .arg(health.pollsWithoutPort)
+               .arg(health.repliesWithoutEcho)
+               .arg(health.bytesReceived) +
+           age;
 }
 
 } // namespace panel

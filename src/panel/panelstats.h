@@ -1,10 +1,12 @@
 #pragma once
 
+#include <QDateTime>
 #include <QString>
 
 #include <cstdint>
 
 class MeasurementStore;
+struct LinkHealth;
 
 // The control panel's statistics and port choice as plain functions, so
 // they can be tested without a window.
@@ -31,5 +33,17 @@ int16_t portFromIndex(int index);
 // The entries of the port list: "COM 1" .. "COM 19".
 constexpr int portEntries = 19;
 QString portEntry(int number);
+
+// The tooltip of a port list entry: the device behind it, after its stable
+// name when it has one ("/dev/serial/by-id/usb-... (/dev/ttyUSB0)"), or
+// "no such port".
+QString portTip(const QString &device, const QString &stableName);
+
+// The link's health for the tooltip of the query button, one item a line:
+// polls with readings, polls without port, replies without echo, bytes
+// received, and the age of the last new reading at `now` ("last reading
+// 12 s ago", in minutes from 2 minutes on, in hours from 2 hours on) or
+// "no reading yet".
+QString healthText(const LinkHealth &health, const QDateTime &now);
 
 } // namespace panel

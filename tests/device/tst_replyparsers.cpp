@@ -7,6 +7,7 @@
 
 #include <QTest>
 
+#include <algorithm>
 #include <bit>
 #include <memory>
 #include <random>
@@ -162,6 +163,10 @@ void TestReplyParsers::listReply_data() {
         "1 1 1 0 12.5", ',');
     row("point system, comma in reply", replyOf({"2024-03-05 10:00:01 WATER 12,5"}),
         "1 1 1 0 12.5");
+    row("a line read by its first 16384 characters",
+        replyOf({"2024-03-05 10:00:01 WATER 7" + QByteArray(16384 - 27, ' ') + "8 SOOT 1",
+                 "2024-03-05 10:00:02 SOOT 1" + QByteArray(20000, ' ') + "WATER 3"}),
+        "1 2 2 0 0");
 }
 
 void TestReplyParsers::listReply() {
@@ -169,16 +174,29 @@ void TestReplyParsers::listReply() {
     QFETCH(QChar, separator);
     QFETCH(QString, result);
 
-    auto store = std::make_unique<MeasurementStore>();
-    store->decimalSeparator = separator;
-    const ListReplyResult r = applyListReply(reply, *store);
-    const QString last = r.added > 0
-                             ? QString::number(double(store->dataPoints[size_t(r.added - 1)].water))
-                             : QStringLiteral("-");
-    QCOMPARE(QString::asprintf("%d %d %d %d ", r.echoOk, r.lines, r.added, r.duplicates) + last,
-             result);
-    QCOMPARE(store->dataPoint_count, r.added);
-    QCOMPARE(store->data_changed, r.added > 0);
+    // The whole reply at once, then as the link reads it: in pieces of 1 and
+    // of 5 bytes, which split the echo and every line end.
+    for (const qsizetype piece : {reply.size(), qsizetype(1), qsizetype(5)}) {
+        auto store = std::make_unique<MeasurementStore>();
+        store->decimalSeparator = separator;
+        ListReplyResult r;
+        if (piece == reply.size()) {
+            r = applyListReply(reply, *store);
+        } else {
+            ListReplyReader reader(separator, listStoreSink(*store, r));
+            for (qsizetype at = 0; at < reply.size(); at += piece)
+                reader.feed(QByteArrayView(reply).sliced(at, std::min(piece, reply.size() - at)));
+            r.echoOk = reader.finish();
+            r.lines = reader.lines();
+        }
+        const QString last =
+            r.added > 0 ? QString::number(double(store->dataPoints[size_t(r.added - 1)].water))
+                        : QStringLiteral("-");
+        QCOMPARE(QString::asprintf("%d %d %d %d ", r.echoOk, r.lines, r.added, r.duplicates) + last,
+                 result);
+        QCOMPARE(store->dataPoint_count, r.added);
+        QCOMPARE(store->data_changed, r.added > 0);
+    }
 }
 
 // Both readers see every reply, so each must also leave alone what the other's

@@ -4,6 +4,7 @@
 #include "chart/ui/chartset.h"
 #include "chart/ui/dataview.h"
 #include "gui/mainwindow.h"
+#include "panel/ui/controlpanel.h"
 #include "support/sessionfixture.h"
 
 #include <QAction>
@@ -11,7 +12,18 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QDirIterator>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QProcess>
+#include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
+
+#include <cstdio>
+#include <vector>
 
 struct MainWindowFixture : SessionFixture {
     MainWindow window{session};
@@ -24,9 +36,10 @@ private Q_SLOTS:
     void menus();
     void chartsFromStartUpToNew_data();
     void chartsFromStartUpToNew();
-    void exitDoesNotAsk();
     void drops_data();
     void drops();
+    void windowMenuBringsWindowsBack();
+    void exitFromInsideADrawing();
 };
 
 void TestMainWindow::menus() {
@@ -52,7 +65,9 @@ void TestMainWindow::menus() {
                        "|Print(file_print) |Exit(file_exit)"),
         QStringLiteral("tools:Tools=Toolbox(tools_toolbox)"),
         QStringLiteral("settings:Settings=General settings(settings_generalSettings)"),
-        QStringLiteral("q:?=About(q_about)")};
+        QStringLiteral("q:?=About(q_about)"),
+        QStringLiteral("window:Window=Control Panel(window_controlPanel) |Tile(window_tile) "
+                       "Cascade(window_cascade)")};
     QCOMPARE(got, expected);
     // The desktop's usual keys, as the platform binds them (no Quit key on
     // Windows, Ctrl+Q elsewhere); the Toolbox and About have none.
@@ -132,15 +147,75 @@ void TestMainWindow::chartsFromStartUpToNew() {
     QCOMPARE(chart(ChartQuantity::Soot)->model().point_count, 0);
 }
 
-void TestMainWindow::exitDoesNotAsk() {
+void TestMainWindow::windowMenuBringsWindowsBack() {
     MainWindowFixture f;
     f.start();
-    f.store().append(DataPoint{.year = 2024, .month = 3, .day = 5});
-    QVERIFY(f.store().data_changed);
-    f.window.file_exit->trigger();
-    QVERIFY(f.window.isTerminated());
-    QVERIFY(f.notifier.shown.isEmpty());
-    QCOMPARE(f.store().dataPoint_count, 1); // nothing saved, nothing cleared
+    f.window.show();
+    auto *menu = f.window.findChild<QMenu *>(QStringLiteral("window"));
+    QVERIFY(menu);
+    ControlPanel *panel = f.window.controlPanel();
+    QMdiSubWindow *water = f.window.charts()->chart(ChartQuantity::Water);
+    panel->close();
+    water->close();
+    QVERIFY(!panel->isVisible() && !water->isVisible());
+
+    // The charts the settings show, by title, between the panel and Tile.
+    emit menu->aboutToShow();
+    QStringList captions;
+    for (QAction *a : menu->actions())
+        captions << (a->isSeparator() ? QStringLiteral("|") : a->text());
+    QCOMPARE(captions,
+             (QStringList{QStringLiteral("Control Panel"), QStringLiteral("Water [ppm]"),
+                          QStringLiteral("Pressure [mBar]"), QStringLiteral("Temperature [°C]"),
+                          QStringLiteral("|"), QStringLiteral("Tile"), QStringLiteral("Cascade")}));
+    menu->actions().at(1)->trigger();
+    QVERIFY(water->isVisible());
+    f.window.window_controlPanel->trigger();
+    QVERIFY(panel->isVisible());
+    QCOMPARE(f.window.mdiArea()->activeSubWindow(), panel);
+    QCOMPARE(f.window.controlPanel(), panel);
+}
+
+// Exit from inside a drawing of a full store (which lets events run every
+// 1000 points) ends the process there with status 0, stdio flushed and
+// nothing saved. The test runs itself as the child that does it.
+void TestMainWindow::exitFromInsideADrawing() {
+    if (qEnvironmentVariableIsSet("NAKOS_EXIT_CHILD")) {
+        MainWindowFixture f;
+        f.start();
+        std::vector<DataPoint> points(size_t(MeasurementStore::capacity));
+        for (int i = 0; i < MeasurementStore::capacity; ++i) {
+            const int day = i / 86400;
+            points[size_t(i)] = DataPoint{.year = 2024,
+                                          .month = uint8_t(1 + day / 28),
+                                          .day = uint8_t(1 + day % 28),
+                                          .hour = uint8_t(i / 3600 % 24),
+                                          .minute = uint8_t(i / 60 % 60),
+                                          .second = uint8_t(i % 60),
+                                          .water = float(i % 500)};
+        }
+        QVERIFY(!f.store().merge(points.data(), MeasurementStore::capacity, MergeMode::Replace));
+        std::printf("drawing\n"); // left in the buffer of a pipe
+        QTimer::singleShot(0, f.window.file_exit, &QAction::trigger);
+        f.session.display_data();
+        QFAIL("the drawing ended and the process still runs");
+    }
+    QTemporaryDir dir;
+    QProcess child;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("NAKOS_EXIT_CHILD"), QStringLiteral("1"));
+    env.insert(QStringLiteral("TMPDIR"), dir.path()); // the child's folders go with ours
+    child.setProcessEnvironment(env);
+    child.start(QCoreApplication::applicationFilePath(),
+                {QStringLiteral("exitFromInsideADrawing")});
+    QVERIFY(child.waitForFinished(120000));
+    const QByteArray out = child.readAllStandardOutput();
+    QVERIFY2(child.exitStatus() == QProcess::NormalExit && child.exitCode() == 0, out.constData());
+    QVERIFY(out.contains("drawing\n"));
+    QVERIFY(!out.contains("FAIL"));
+    QDirIterator saved(dir.path(), {QStringLiteral("*.txt")}, QDir::Files,
+                       QDirIterator::Subdirectories);
+    QVERIFY(!saved.hasNext());
 }
 
 // A drag is taken only with one local file or folder and while no file

@@ -1,9 +1,15 @@
-// The control panel's statistics texts and port numbers.
+// The control panel's statistics texts, port numbers and tooltips, and the
+// stable (by-id) name of a port.
 #include "core/store.h"
 #include "device/listreply.h"
 #include "device/metareply.h"
+#include "device/linkhealth.h"
+#include "device/portnames.h"
 #include "panel/panelstats.h"
 
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
@@ -16,6 +22,10 @@ private Q_SLOTS:
     void ports();
     void alarm_data();
     void alarm();
+    void health_data();
+    void health();
+    void stableName_data();
+    void stableName();
 };
 
 void TestPanelStats::texts_data() {
@@ -117,6 +127,83 @@ void TestPanelStats::alarm() {
         second += int(water.size());
         QCOMPARE(panel::alarmText(*store), texts[i]);
     }
+}
+
+void TestPanelStats::health_data() {
+    QTest::addColumn<int>("age"); // seconds since the last reading; -1: none
+    QTest::addColumn<QString>("last");
+    QTest::newRow("none yet") << -1 << QStringLiteral("no reading yet");
+    QTest::newRow("just now") << 0 << QStringLiteral("last reading 0 s ago");
+    QTest::newRow("119 s") << 119 << QStringLiteral("last reading 119 s ago");
+    QTest::newRow("2 min") << 120 << QStringLiteral("last reading 2 min ago");
+    QTest::newRow("119 min") << 7199 << QStringLiteral("last reading 119 min ago");
+    QTest::newRow("2 h") << 7200 << QStringLiteral("last reading 2 h ago");
+    QTest::newRow("a clock set back") << -30 << QStringLiteral("last reading 0 s ago");
+}
+
+void TestPanelStats::health() {
+    QFETCH(int, age);
+    QFETCH(QString, last);
+    const QDateTime now(QDate(2024, 3, 5), QTime(14, 22, 10));
+    LinkHealth h{.pollsWithReadings = 12,
+                 .pollsWithoutPort = 2,
+                 .repliesWithoutEcho = 1,
+                 .bytesReceived = 123456,
+                 .lastReading = age == -1 ? QDateTime() : now.addSecs(-age)};
+    QCOMPARE(panel::healthText(h, now),
+             QStringLiteral("polls with readings: 12\npolls without port: 2\n"
+                            "replies without echo: 1\nbytes received: 123456\n") +
+                 last);
+}
+
+// A folder of links as /dev/serial/by-id holds them, to files standing in
+// for the devices: ttyUSB0 behind a by-id name, ttyUSB1 behind none.
+void TestPanelStats::stableName_data() {
+    QTest::addColumn<QString>("device");
+    QTest::addColumn<QString>("stable"); // empty: none
+    QTest::addColumn<QString>("tip");
+    QTest::newRow("linked device") << "ttyUSB0"
+                                   << "by-id/usb-ORLUK_0042-if00-port0"
+                                   << "by-id/usb-ORLUK_0042-if00-port0 (ttyUSB0)";
+    QTest::newRow("named through another link") << "serial0"
+                                                << "by-id/usb-ORLUK_0042-if00-port0"
+                                                << "by-id/usb-ORLUK_0042-if00-port0 "
+                                                   "(serial0)";
+    QTest::newRow("the by-id name itself") << "by-id/usb-ORLUK_0042-if00-port0"
+                                           << "by-id/usb-ORLUK_0042-if00-port0"
+                                           << "by-id/usb-ORLUK_0042-if00-port0";
+    QTest::newRow("no link to it") << "ttyUSB1"
+                                   << ""
+                                   << "ttyUSB1";
+    QTest::newRow("not there") << "ttyUSB9"
+                               << ""
+                               << "ttyUSB9";
+    QTest::newRow("no device") << ""
+                               << ""
+                               << "no such port";
+}
+
+void TestPanelStats::stableName() {
+    QFETCH(QString, device);
+    QFETCH(QString, stable);
+    QFETCH(QString, tip);
+    QTemporaryDir dir;
+    QDir d(dir.path());
+    QVERIFY(d.mkdir(QStringLiteral("by-id")));
+    for (const char *name : {"ttyUSB0", "ttyUSB1"}) {
+        QFile f(d.filePath(QLatin1String(name)));
+        QVERIFY(f.open(QIODevice::WriteOnly));
+    }
+    QVERIFY(QFile::link(d.filePath(QStringLiteral("ttyUSB0")),
+                        d.filePath(QStringLiteral("by-id/usb-ORLUK_0042-if00-port0"))));
+    QVERIFY(
+        QFile::link(d.filePath(QStringLiteral("ttyUSB0")), d.filePath(QStringLiteral("serial0"))));
+    QVERIFY(QFile::link(d.filePath(QStringLiteral("ttyUSB9")),
+                        d.filePath(QStringLiteral("by-id/usb-gone-if00-port0"))));
+    const auto full = [&](const QString &name) { return name.isEmpty() ? name : d.filePath(name); };
+    const QString found = portNames_byId(full(device), d.filePath(QStringLiteral("by-id")));
+    QCOMPARE(found, full(stable));
+    QCOMPARE(panel::portTip(full(device), found).remove(d.path() + QLatin1Char('/')), tip);
 }
 
 QTEST_GUILESS_MAIN(TestPanelStats)

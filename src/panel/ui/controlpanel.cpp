@@ -2,11 +2,13 @@
 
 #include "core/store.h"
 #include "device/devicelink.h"
+#include "device/portnames.h"
 #include "panel/panelstats.h"
 #include "session/monitorsession.h"
 
 #include <QComboBox>
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QEvent>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -140,6 +142,7 @@ void ControlPanel::data_statistics_update() {
     const QString alarm = panel::alarmText(store);
     Label_alarm->setText(alarm);
     Label_alarm->setVisible(!alarm.isEmpty());
+    Command1->setToolTip(panel::healthText(m_session.health(), QDateTime::currentDateTime()));
 }
 
 void ControlPanel::oilName_update() {
@@ -178,8 +181,7 @@ void ControlPanel::updatePortTips() {
     const QStringList devices = m_session.link().devicesUpTo(Combo1->count());
     for (int i = 0; i < Combo1->count(); ++i) {
         const QString &device = devices[i];
-        Combo1->setItemData(i, device.isEmpty() ? QStringLiteral("no such port") : device,
-                            Qt::ToolTipRole);
+        Combo1->setItemData(i, panel::portTip(device, portNames_byId(device)), Qt::ToolTipRole);
     }
     Combo1->setToolTip(Combo1->itemData(Combo1->currentIndex(), Qt::ToolTipRole).toString());
 }
