@@ -113,6 +113,8 @@ void DeviceLink::enqueueList(bool endsPoll) {
 }
 
 void DeviceLink::listReplied(const QByteArray &reply, bool endsPoll) {
+    if (m_beforeList)
+        m_beforeList(countNewReadings(reply, m_store));
     const int before = m_store.dataPoint_count;
     PollOutcome outcome;
     outcome.list = applyListReply(reply, m_store);

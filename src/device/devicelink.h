@@ -61,6 +61,13 @@ public:
     // The poll period com_startQuery uses; 4000 ms unless a recorder asks
     // for another.
     void setQueryInterval(int ms) { m_queryInterval = ms; }
+    // Called with every "list" reply before it is applied, with the number
+    // of its readings the store does not hold yet; the owner may make room
+    // in the store there (a recorder's rollover), so that the readings of
+    // the reply that fills the store are kept.
+    void setBeforeList(std::function<void(int newReadings)> hook) {
+        m_beforeList = std::move(hook);
+    }
 
     // Start-up: port number 1, 115200 baud, port closed, warning armed.
     void com_init();
@@ -145,6 +152,7 @@ private:
     std::unique_ptr<SerialIo> m_io;
     ConfiguredPort m_configured;
     int m_queryInterval = kQueryIntervalMs;
+    std::function<void(int newReadings)> m_beforeList;
 
     LinkHealth m_health;
     bool m_portIsOpen = false;

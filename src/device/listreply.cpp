@@ -209,3 +209,12 @@ ListReplyResult applyListReply(QByteArrayView reply, MeasurementStore &store) {
         &result.lines);
     return result;
 }
+
+int countNewReadings(QByteArrayView reply, const MeasurementStore &store) {
+    int n = 0;
+    parseListReply(reply, store.decimalSeparator, [&](const DataPoint &p, bool valid) {
+        if (valid && !store.isDuplicate(p))
+            ++n;
+    });
+    return n;
+}

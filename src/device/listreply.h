@@ -42,3 +42,8 @@ bool parseListReply(QByteArrayView reply, QChar decimalSeparator, const ListLine
 // parseListReply with every valid line handed to the store's append rule
 // (capacity, then the duplicate test on year, month, day, minute and second).
 ListReplyResult applyListReply(QByteArrayView reply, MeasurementStore &store);
+
+// How many valid lines of a "list" reply the store does not hold yet (a
+// line listed twice in the reply counts twice): at most the room applying
+// the reply would take.
+int countNewReadings(QByteArrayView reply, const MeasurementStore &store);

@@ -139,6 +139,22 @@ public:
     // store to `fileName` as a native data file, without dialogs.
     [[nodiscard]] FileResult recording_finish(const QString &fileName);
 
+    // Rollover for unattended recording (off unless asked for; without it
+    // the documented full rule drops what does not fit). When a reading
+    // list brings more new readings than the store has room for, the store
+    // is first written as a native data file beside `outputFile`, named by
+    // rolloverFileName(), and emptied (MeasurementStore::rollOver); then the
+    // list enters the empty store, so no reading is dropped. An archive that
+    // cannot be written leaves the store as it is. Empty: off again.
+    void recording_setRollover(const QString &outputFile);
+    // `<dir>/<OUTPUT without its extension>_<first>_<last>.txt`, the stamps
+    // of the store's first and last point as yyyyMMddThhmmss; `_2`, `_3`...
+    // before ".txt" when that file is already there.
+    static QString rolloverFileName(const QString &outputFile, const MeasurementStore &store);
+    // Writes the store as a rollover archive and empties it; true: failed
+    // (nothing written, store unchanged). Also what the list hook runs.
+    bool recording_rollOver();
+
     bool busy() const { return m_busy; }
     QString title() const;
 
@@ -174,6 +190,9 @@ signals:
     // A poll's "list" exchange ended (also without a port).
     void pollFinished(const PollOutcome &outcome);
     void queryStateChanged(bool running);
+    // A rollover wrote `points` readings to `fileName`; `error` is empty, or
+    // says why the archive could not be written (the store was kept).
+    void rolledOver(const QString &fileName, int points, const QString &error);
 
 private:
     // Runs one file command unless another one is running; the windows
@@ -219,4 +238,5 @@ private:
     QHash<int, QString> m_mappedPorts;
     QString m_devicePort;
     Metadata m_metadata;
+    QString m_rolloverOutput;
 };
