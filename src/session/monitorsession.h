@@ -170,6 +170,13 @@ public:
     RegistryKey &settingsKey() { return *m_settingsKey; }
     bool &waterDisplayPercent() { return m_store.waterDisplayPercent; }
 
+    // The station settings, beyond the documented ones: settings_load reads
+    // them from their own key and applies them to the store (the duplicate
+    // rule); settings_setStation, the Station settings dialog's OK, applies
+    // and stores them.
+    const StationSettings &stationSettings() const { return m_station; }
+    void settings_setStation(const StationSettings &station);
+
     QTimer Timer_monitorChanges;
 
 signals:
@@ -228,6 +235,7 @@ private:
     SessionSeams m_seams;
     MeasurementStore &m_store;
     DisplayFlags m_flags;
+    StationSettings m_station;
     std::unique_ptr<RegistryKey> m_settingsKey;
     std::unique_ptr<DataFile> m_dataFile;
     std::unique_ptr<CsvExport> m_csv;

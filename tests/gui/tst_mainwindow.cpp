@@ -47,7 +47,8 @@ void TestMainWindow::menus() {
                        "|Export(file_export) |Set autosave path(file_setAutosavePath) "
                        "|Print(file_print) |Exit(file_exit)"),
         QStringLiteral("tools:Tools=Toolbox(tools_toolbox)"),
-        QStringLiteral("settings:Settings=General settings(settings_generalSettings)"),
+        QStringLiteral("settings:Settings=General settings(settings_generalSettings) Station "
+                       "settings(settings_stationSettings)"),
         QStringLiteral("q:?=About(q_about)")};
     QCOMPARE(got, expected);
 
