@@ -13,6 +13,7 @@
 #include "support/sessionfixture.h"
 
 #include <QDir>
+#include <QFile>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -79,6 +80,19 @@ void TestSession::startUp() {
     bool percent = true;
     QVERIFY(!settings::readRegistry(f.session.settingsKey(), stored, percent));
     QVERIFY(stored.displayWater && !stored.displaySoot && stored.printWater && !percent);
+
+    // The station settings: the documented duplicate rule until the
+    // Station key says otherwise; then it holds from the next start on.
+    QVERIFY(!f.store().fullStampDuplicates());
+    f.session.settings_setStation(StationSettings{true});
+    QVERIFY(f.store().fullStampDuplicates());
+    {
+        SessionFixture again;
+        QFile::copy(f.dir.filePath(u"settings.reg"_s), again.dir.filePath(u"settings.reg"_s));
+        again.start();
+        QVERIFY(again.store().fullStampDuplicates());
+        QVERIFY(again.session.stationSettings().compareHour);
+    }
 
     // The change monitor turns requests into one rebuild.
     QVERIFY(f.session.Timer_monitorChanges.isActive());

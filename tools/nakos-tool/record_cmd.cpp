@@ -210,6 +210,8 @@ int runRecord(const QStringList &args) {
     NoFileDialogs dialogs;
     MeasurementStore store;
     MonitorSession session({notifier, clock, dialogs}, store, openProgramKey());
+    // As early as can be: a SIGUSR1 before it would end the process.
+    const StopSignals stopSignals([&session] { printStatus(session); });
     session.startUp_engine(QDir::currentPath());
     if (const std::optional<int> n = portNumber(a->port))
         session.port_select(*n);
@@ -240,7 +242,6 @@ int runRecord(const QStringList &args) {
         }
     });
 
-    const StopSignals stopSignals([&session] { printStatus(session); });
     session.startUp_finish();
     session.query_start();
     // The immediate poll may already have ended the run (a missing port).
