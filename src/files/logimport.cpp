@@ -62,8 +62,8 @@ QString LogImportRun::capacityReport() const {
                 .arg(QFileInfo(notFitted).fileName());
     if (!skipped.isEmpty()) {
         text += skipped.size() == 1
-                    ? QStringLiteral(" The file after it was skipped: %1.").arg(nameList(skipped))
-                    : QStringLiteral(" The %1 files after it were skipped: %2.")
+                    ? QStringLiteral(" The remaining file was skipped: %1.").arg(nameList(skipped))
+                    : QStringLiteral(" The remaining %1 files were skipped: %2.")
                           .arg(skipped.size())
                           .arg(nameList(skipped));
     }

@@ -379,8 +379,8 @@ void TestSession::chainThatDoesNotFit() {
     QCOMPARE(f.notifier.shown.size(), 1);
     QCOMPARE(f.notifier.shown[0].text,
              u"2 of 4 files were imported: \"NAKOS435.log\", \"NAKOS436.log\". \"NAKOS437.log\" "
-             "did not fit into the data point memory and was not imported. The file after it "
-             "was skipped: \"NAKOS438.log\"."_s);
+             "did not fit into the data point memory and was not imported. The remaining "
+             "file was skipped: \"NAKOS438.log\"."_s);
     QVERIFY(f.store().data_changed);
 }
 
