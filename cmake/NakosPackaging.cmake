@@ -1,6 +1,9 @@
 # The Debian package: `cpack -G DEB` in a build folder makes
 # nakos-monitor_<version>-1_<arch>.deb from the install rules (the three
-# programs, the desktop entry, icons, manual pages). scripts/package.sh
+# programs, the desktop entry, icons, manual pages, the recorder's systemd
+# unit nakos-recorder@.service with its example station file). The unit
+# runs as a dynamic user in the dialout group, so the package needs no
+# maintainer scripts. scripts/package.sh
 # does it from a Release build.
 set(NAKOS_PACKAGE_MAINTAINER "ORLUK Water Monitor team <nakos-monitor@localhost>"
     CACHE STRING "Maintainer field of the Debian package")
@@ -26,7 +29,8 @@ set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
  opens, merges, exports (CSV) and prints the data.
  .
  nakos-tool converts, summarises and plots data files and records from a
- sensor without a window; nakos-sensor-sim is a simulated sensor on a
+ sensor without a window, also as a systemd service per sensor
+ (nakos-recorder@<name>); nakos-sensor-sim is a simulated sensor on a
  pseudo-terminal for demonstrations and service training.")
 # The shared libraries come from the binaries (dpkg-shlibdeps). Qt loads
 # its platform plugins at run time, out of dpkg-shlibdeps' sight: libqt6gui6

@@ -18,8 +18,9 @@ for option in "$@"; do
     # back; desktop-file-utils checks the desktop entry.
     --test) packages+=(xvfb xauth clang-format poppler-utils desktop-file-utils) ;;
     # The Debian package: dpkg-shlibdeps computes its dependencies from the
-    # binaries, which cpack picks out with file.
-    --package) packages+=(dpkg-dev file) ;;
+    # binaries, which cpack picks out with file; systemd-analyze checks the
+    # recorder's unit (scripts/check-unit.sh; no running systemd needed).
+    --package) packages+=(dpkg-dev file systemd) ;;
     # The fuzz targets: clang, its libFuzzer and sanitizer runtimes (only
     # recommended by clang, so named here) and llvm-symbolizer for readable
     # reports.

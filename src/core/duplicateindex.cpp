@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-DuplicateIndex::DuplicateIndex(int capacity) {
+DuplicateIndex::DuplicateIndex(int capacity, Rule rule) : m_rule(rule) {
     size_t size = 1024;
     // Keep the load factor at or below one half for short probe runs.
     while (size < size_t(capacity) * 2)
@@ -22,8 +22,13 @@ size_t DuplicateIndex::slotOf(uint64_t key) const {
     return size_t(h) & m_mask;
 }
 
+void DuplicateIndex::setRule(Rule rule) {
+    m_rule = rule;
+    clear();
+}
+
 bool DuplicateIndex::contains(const DataPoint &p) const {
-    const uint64_t key = keyOf(p);
+    const uint64_t key = keyFor(p);
     for (size_t i = slotOf(key);; i = (i + 1) & m_mask) {
         if (m_slots[i] == key)
             return true;
@@ -33,7 +38,7 @@ bool DuplicateIndex::contains(const DataPoint &p) const {
 }
 
 void DuplicateIndex::insert(const DataPoint &p) {
-    const uint64_t key = keyOf(p);
+    const uint64_t key = keyFor(p);
     for (size_t i = slotOf(key);; i = (i + 1) & m_mask) {
         if (m_slots[i] == key)
             return;

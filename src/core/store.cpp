@@ -9,7 +9,7 @@ AppendResult MeasurementStore::append(const DataPoint &p) {
         return AppendResult::Invalid;
     if (dataPoint_count >= capacity)
         return AppendResult::Full;
-    if (m_index.contains(p))
+    if (isDuplicate(p))
         return AppendResult::Duplicate;
     dataPoints[size_t(dataPoint_count)] = p;
     ++dataPoint_count;
@@ -24,6 +24,22 @@ void MeasurementStore::clear() {
     data_changed = false;
     alarmThreshold = -1.0f;
     m_index.clear();
+    m_archived.reset();
+}
+
+void MeasurementStore::setFullStampDuplicates(bool on) {
+    m_index.setRule(on ? DuplicateIndex::Rule::FullStamp : DuplicateIndex::Rule::HourIgnored);
+    m_archived.reset();
+    reindex();
+}
+
+void MeasurementStore::rollOver() {
+    if (!m_archived)
+        m_archived = std::make_unique<DuplicateIndex>(capacity, m_index.rule());
+    std::swap(*m_archived, m_index);
+    m_index.clear();
+    dataPoint_count = 0;
+    data_changed = false;
 }
 
 bool MeasurementStore::merge(const DataPoint *points, int32_t n, MergeMode mode) {
@@ -38,6 +54,7 @@ bool MeasurementStore::merge(const DataPoint *points, int32_t n, MergeMode mode)
         std::copy_n(points, n, dst);
         dataPoint_count = n;
         m_index.rebuild(dst, dataPoint_count);
+        m_archived.reset();
         return false;
     case MergeMode::InsertBefore:
         if (n == 0)

@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 struct CalPair {
@@ -49,8 +50,26 @@ public:
     AppendResult append(const DataPoint &p);
 
     // True when a stored point has the same year, month, day, minute and
-    // second as p (the hour is deliberately not compared).
-    bool isDuplicate(const DataPoint &p) const { return m_index.contains(p); }
+    // second as p (the hour is deliberately not compared), or with the
+    // full-stamp rule the same stamp; after a rollover, also a point of the
+    // readings it archived.
+    bool isDuplicate(const DataPoint &p) const {
+        return m_index.contains(p) || (m_archived && m_archived->contains(p));
+    }
+
+    // The duplicate rule. Off (the default) is the documented key without
+    // the hour; on compares the hour too, so a sensor logging every minute
+    // keeps more than the first hour of each day. Switching rebuilds the
+    // index from the stored points and forgets archived stamps.
+    void setFullStampDuplicates(bool on);
+    bool fullStampDuplicates() const { return m_index.rule() == DuplicateIndex::Rule::FullStamp; }
+
+    // For a recorder that has just written the points to an archive file:
+    // the count goes to 0 and data_changed to false, the metadata and the
+    // file name stay, and the archived stamps stay in the duplicate test
+    // until the next rollover, clear() or replace, so a sensor that lists
+    // them again does not bring them back.
+    void rollOver();
 
     // "New" and start-up: count 0, no file name, not changed, no alarm
     // threshold. Points and calibration tables are left as they are; the
@@ -85,4 +104,6 @@ public:
 
 private:
     DuplicateIndex m_index;
+    // The stamps of the last rollover's archive; made at the first one.
+    std::unique_ptr<DuplicateIndex> m_archived;
 };

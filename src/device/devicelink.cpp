@@ -137,6 +137,25 @@ void DeviceLink::listReplied(bool endsPoll) {
     emit pollFinished(outcome);
 }
 
+void DeviceLink::storeListLine(const DataPoint &p, bool valid) {
+    if (valid && m_whenFull && m_store.dataPoint_count >= MeasurementStore::capacity &&
+        !m_store.isDuplicate(p)) {
+        announceAppended();
+        m_whenFull();
+        m_unannounced = std::min(m_unannounced, m_store.dataPoint_count);
+    }
+    storeListPoint(m_store, m_listResult, p, valid);
+}
+
+void DeviceLink::announceAppended() {
+    const int count = m_store.dataPoint_count;
+    if (count <= m_unannounced)
+        return;
+    const int first = std::exchange(m_unannounced, count);
+    m_health.lastReading = QDateTime::currentDateTime();
+    emit readingsAppended(first, count - first);
+}
+
 void DeviceLink::onQueryTick() {
     // A tick that finds the previous poll still running is skipped, not
     // queued: a slow or endlessly talking sensor must not pile up polls
@@ -178,8 +197,10 @@ void DeviceLink::pump() {
         m_openFailed = false;
         if (m_current.list) {
             m_listResult = ListReplyResult();
-            m_list = std::make_unique<ListReplyReader>(m_store.decimalSeparator,
-                                                       listStoreSink(m_store, m_listResult));
+            m_unannounced = m_store.dataPoint_count;
+            m_list = std::make_unique<ListReplyReader>(
+                m_store.decimalSeparator,
+                [this](const DataPoint &p, bool valid) { storeListLine(p, valid); });
         }
         if (!m_portIsOpen)
             com_openComPort();
@@ -216,12 +237,8 @@ void DeviceLink::onReadyRead() {
     m_health.bytesReceived += uint64_t(bytes.size());
     Timer_comTimeOut.start(kSilenceMs);
     if (m_list) {
-        const int before = m_store.dataPoint_count;
         m_list->feed(bytes);
-        if (m_store.dataPoint_count > before) {
-            m_health.lastReading = QDateTime::currentDateTime();
-            emit readingsAppended(before, m_store.dataPoint_count - before);
-        }
+        announceAppended();
         return;
     }
     // Past the cap only the start of the reply is kept: a piece taken after

@@ -66,6 +66,12 @@ public:
     // The poll period com_startQuery uses; 4000 ms unless a recorder asks
     // for another.
     void setQueryInterval(int ms) { m_queryInterval = ms; }
+    // Called when a reading of a "list" reply finds the store full; the
+    // owner may make room there (a recorder's rollover), and the reading is
+    // then offered to the store once more, so nothing of the reply that fills
+    // the store is lost. The points stored so far have been announced
+    // through readingsAppended() before the call.
+    void setWhenFull(std::function<void()> hook) { m_whenFull = std::move(hook); }
 
     // Start-up: port number 1, 115200 baud, port closed, warning armed.
     void com_init();
@@ -150,12 +156,16 @@ private:
     void startPoll(bool withMetadata);
     void enqueueList(bool endsPoll);
     void listReplied(bool endsPoll);
+    void storeListLine(const DataPoint &p, bool valid);
+    void announceAppended();
 
     MeasurementStore &m_store;
     Notifier &m_notifier;
     std::unique_ptr<SerialIo> m_io;
     ConfiguredPort m_configured;
     int m_queryInterval = kQueryIntervalMs;
+    std::function<void()> m_whenFull;
+    int m_unannounced = 0; // first store index readingsAppended() has not named yet
 
     LinkHealth m_health;
     bool m_portIsOpen = false;

@@ -252,26 +252,31 @@ bool parseListReply(QByteArrayView reply, QChar decimalSeparator, const ListLine
     return echoOk;
 }
 
+void storeListPoint(MeasurementStore &store, ListReplyResult &result, const DataPoint &p,
+                    bool valid) {
+    if (!valid) {
+        ++result.invalid;
+        return;
+    }
+    switch (store.append(p)) {
+    case AppendResult::Added:
+        ++result.added;
+        break;
+    case AppendResult::Duplicate:
+        ++result.duplicates;
+        break;
+    case AppendResult::Full:
+        ++result.full;
+        break;
+    case AppendResult::Invalid:
+        ++result.invalid;
+        break;
+    }
+}
+
 ListLineSink listStoreSink(MeasurementStore &store, ListReplyResult &result) {
     return [&store, &result](const DataPoint &p, bool valid) {
-        if (!valid) {
-            ++result.invalid;
-            return;
-        }
-        switch (store.append(p)) {
-        case AppendResult::Added:
-            ++result.added;
-            break;
-        case AppendResult::Duplicate:
-            ++result.duplicates;
-            break;
-        case AppendResult::Full:
-            ++result.full;
-            break;
-        case AppendResult::Invalid:
-            ++result.invalid;
-            break;
-        }
+        storeListPoint(store, result, p, valid);
     };
 }
 

@@ -91,6 +91,9 @@ bool parseListReply(QByteArrayView reply, QChar decimalSeparator, const ListLine
 // then the duplicate test on year, month, day, minute and second) and
 // counts what became of each line in `result`.
 ListLineSink listStoreSink(MeasurementStore &store, ListReplyResult &result);
+// What that sink does with one line.
+void storeListPoint(MeasurementStore &store, ListReplyResult &result, const DataPoint &p,
+                    bool valid);
 
 // parseListReply into the store through listStoreSink.
 ListReplyResult applyListReply(QByteArrayView reply, MeasurementStore &store);

@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -24,6 +25,49 @@ const FileResult *LogImportRun::capacityFailure() const {
     if (!failures.isEmpty() && failures.constLast().code == FileResult::Code::TooManyRecords)
         return &failures.constLast();
     return nullptr;
+}
+
+namespace {
+
+// "a", "b", "c", or for a long list its first three, the count left out and
+// its last one.
+QString nameList(const QStringList &paths) {
+    QStringList names;
+    for (const QString &path : paths)
+        names << QLatin1Char('"') + QFileInfo(path).fileName() + QLatin1Char('"');
+    if (names.size() > 5) {
+        const QString last = names.constLast();
+        const qsizetype left = names.size() - 4;
+        names.resize(3);
+        names << QStringLiteral("... (%1 more) ...").arg(left - 1) << last;
+    }
+    return names.join(QLatin1String(", "));
+}
+
+} // namespace
+
+QString LogImportRun::capacityReport() const {
+    const FileResult *full = capacityFailure();
+    if (!full)
+        return QString();
+    if (imported.isEmpty())
+        return full->message;
+    const int tried = int(imported.size() + failures.size());
+    const int total = int(tried + skipped.size());
+    QString text = QStringLiteral("%1 of %2 files were imported: %3. ")
+                       .arg(imported.size())
+                       .arg(total)
+                       .arg(nameList(imported));
+    text += QStringLiteral("\"%1\" did not fit into the data point memory and was not imported.")
+                .arg(QFileInfo(notFitted).fileName());
+    if (!skipped.isEmpty()) {
+        text += skipped.size() == 1
+                    ? QStringLiteral(" The remaining file was skipped: %1.").arg(nameList(skipped))
+                    : QStringLiteral(" The remaining %1 files were skipped: %2.")
+                          .arg(skipped.size())
+                          .arg(nameList(skipped));
+    }
+    return text;
 }
 
 LogImport::LogImport(MeasurementStore &store, FileProgress *progress)
@@ -93,7 +137,8 @@ LogImportRun LogImport::logFiles_import(const QList<LogFileRef> &files, MergeMod
         if (mode == MergeMode::InsertBefore)
             std::reverse(order.begin(), order.end());
     }
-    for (const LogFileRef &file : std::as_const(order)) {
+    for (qsizetype i = 0; i < order.size(); ++i) {
+        const LogFileRef &file = order[i];
         FileResult r = logFile_import(file.path, fileMode, showProgress, file.size, limit);
         if (mode == MergeMode::Replace)
             fileMode = MergeMode::Append;
@@ -102,11 +147,16 @@ LogImportRun LogImport::logFiles_import(const QList<LogFileRef> &files, MergeMod
         if (r.failed()) {
             const bool full = r.code == FileResult::Code::TooManyRecords;
             run.failures.append(std::move(r));
-            if (full)
+            if (full) {
+                run.notFitted = file.path;
+                for (qsizetype j = i + 1; j < order.size(); ++j)
+                    run.skipped << order[j].path;
                 break;
+            }
             continue;
         }
         ++run.filesImported;
+        run.imported << file.path;
         if (r.oilName)
             run.oilName = r.oilName;
     }

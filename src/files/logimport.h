@@ -7,6 +7,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <cstdint>
 #include <memory>
@@ -39,9 +40,20 @@ struct LogImportRun {
     QList<FileResult> failures;
     // Insert or append with 100 or fewer free points: nothing was tried.
     bool noRoom = false;
+    // The files merged, in the order they were read (an insert reads the
+    // last file first), and those never tried because a file before them
+    // did not fit.
+    QStringList imported;
+    QString notFitted; // the file whose records did not fit
+    QStringList skipped;
 
     // The failure the operator is told about: records that did not fit.
     const FileResult *capacityFailure() const;
+    // What the operator is told when records did not fit (empty: nothing
+    // to tell). The failure's own message when no file entered memory;
+    // after a run of several files of which some entered, which ones did,
+    // the one that did not fit and that the rest were skipped.
+    QString capacityReport() const;
 };
 
 // The import of the sensor's log files. logFile_import reads one file (see

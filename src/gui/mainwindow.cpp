@@ -9,6 +9,7 @@
 #include "print/ui/printcommand.h"
 #include "session/monitorsession.h"
 #include "settings/ui/settingsdialog.h"
+#include "settings/ui/stationsettingsdialog.h"
 
 #include <QAction>
 #include <QApplication>
@@ -93,6 +94,7 @@ void MainWindow::createMenus() {
     QMenu *settingsMenu = menuBar()->addMenu(QStringLiteral("Settings"));
     settingsMenu->setObjectName(QStringLiteral("settings"));
     item(settingsMenu, settings_generalSettings, "settings_generalSettings", "General settings");
+    item(settingsMenu, settings_stationSettings, "settings_stationSettings", "Station settings");
 
     QMenu *q = menuBar()->addMenu(QStringLiteral("?"));
     q->setObjectName(QStringLiteral("q"));
@@ -135,6 +137,8 @@ void MainWindow::createMenus() {
     connect(file_exit, &QAction::triggered, this, &MainWindow::programTerminate);
     connect(settings_generalSettings, &QAction::triggered, this,
             &MainWindow::settings_generalSettings_command);
+    connect(settings_stationSettings, &QAction::triggered, this,
+            &MainWindow::settings_stationSettings_command);
     connect(q_about, &QAction::triggered, this, &MainWindow::q_about_command);
     connect(tools_toolbox, &QAction::triggered, this, &MainWindow::tools_toolbox_command);
     connect(file_print, &QAction::triggered, this, [this] {
@@ -231,6 +235,13 @@ void MainWindow::settings_generalSettings_command() {
     m_settingsDialog->exec();
     if (m_charts)
         m_charts->applyVisibility(chartVisibility(m_session.flags()));
+}
+
+void MainWindow::settings_stationSettings_command() {
+    StationSettingsDialog dialog(this);
+    dialog.setSettings(m_session.stationSettings());
+    if (dialog.exec() == QDialog::Accepted)
+        m_session.settings_setStation(dialog.settings());
 }
 
 void MainWindow::q_about_command() {

@@ -50,6 +50,7 @@ public:
     QAction *file_exit = nullptr;
     QAction *tools_toolbox = nullptr;
     QAction *settings_generalSettings = nullptr;
+    QAction *settings_stationSettings = nullptr;
     QAction *q_about = nullptr;
     QAction *window_controlPanel = nullptr;
     QAction *window_tile = nullptr;
@@ -71,6 +72,7 @@ private:
     // While a file command runs, no other one can start.
     void setFileCommandsEnabled(bool enabled);
     void settings_generalSettings_command();
+    void settings_stationSettings_command();
     void q_about_command();
     void tools_toolbox_command();
     // The Window menu's chart entries, made afresh each time it opens.

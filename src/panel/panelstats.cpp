@@ -2,8 +2,8 @@
 
 #include "core/store.h"
 #include "core/timetext.h"
-#include "files/textformat.h"
 #include "device/linkhealth.h"
+#include "files/textformat.h"
 
 #include <algorithm>
 

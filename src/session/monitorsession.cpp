@@ -69,6 +69,16 @@ void MonitorSession::settings_load() {
         m_store.waterDisplayPercent = false;
         settings::writeRegistry(*m_settingsKey, m_flags, m_store.waterDisplayPercent);
     }
+    m_station = StationSettings();
+    (void)settings::readStation(*m_settingsKey, m_station); // missing: the defaults
+    m_store.setFullStampDuplicates(m_station.compareHour);
+}
+
+void MonitorSession::settings_setStation(const StationSettings &station) {
+    m_station = station;
+    if (m_store.fullStampDuplicates() != station.compareHour)
+        m_store.setFullStampDuplicates(station.compareHour);
+    settings::writeStation(*m_settingsKey, m_station);
 }
 
 void MonitorSession::startUp_engine(const QString &currentDir) {

@@ -164,6 +164,22 @@ public:
     // store to `fileName` as a native data file, without dialogs.
     [[nodiscard]] FileResult recording_finish(const QString &fileName);
 
+    // Rollover for unattended recording (off unless asked for; without it
+    // the documented full rule drops what does not fit). When a reading
+    // list brings more new readings than the store has room for, the store
+    // is first written as a native data file beside `outputFile`, named by
+    // rolloverFileName(), and emptied (MeasurementStore::rollOver); then the
+    // list enters the empty store, so no reading is dropped. An archive that
+    // cannot be written leaves the store as it is. Empty: off again.
+    void recording_setRollover(const QString &outputFile);
+    // `<dir>/<OUTPUT without its extension>_<first>_<last>.txt`, the stamps
+    // of the store's first and last point as yyyyMMddThhmmss; `_2`, `_3`...
+    // before ".txt" when that file is already there.
+    static QString rolloverFileName(const QString &outputFile, const MeasurementStore &store);
+    // Writes the store as a rollover archive and empties it; true: failed
+    // (nothing written, store unchanged). Also what the list hook runs.
+    bool recording_rollOver();
+
     bool busy() const { return m_busy; }
     QString title() const;
 
@@ -180,6 +196,13 @@ public:
     DisplayFlags &flags() { return m_flags; }
     RegistryKey &settingsKey() { return *m_settingsKey; }
     bool &waterDisplayPercent() { return m_store.waterDisplayPercent; }
+
+    // The station settings, beyond the documented ones: settings_load reads
+    // them from their own key and applies them to the store (the duplicate
+    // rule); settings_setStation, the Station settings dialog's OK, applies
+    // and stores them.
+    const StationSettings &stationSettings() const { return m_station; }
+    void settings_setStation(const StationSettings &station);
 
     QTimer Timer_monitorChanges;
 
@@ -204,6 +227,9 @@ signals:
     // An autosave's write ended (after the mark and the title were
     // updated); failed: the last minute's file, if any, stays as it was.
     void autoSaveFinished(bool failed);
+    // A rollover wrote `points` readings to `fileName`; `error` is empty, or
+    // says why the archive could not be written (the store was kept).
+    void rolledOver(const QString &fileName, int points, const QString &error);
 
 private:
     // Runs one file command unless another one is running; the windows
@@ -250,6 +276,7 @@ private:
     SessionSeams m_seams;
     MeasurementStore &m_store;
     DisplayFlags m_flags;
+    StationSettings m_station;
     std::unique_ptr<RegistryKey> m_settingsKey;
     std::unique_ptr<DataFile> m_dataFile;
     std::unique_ptr<CsvExport> m_csv;
@@ -263,4 +290,5 @@ private:
     std::unique_ptr<QThreadPool> m_autoSavePool;
     std::shared_ptr<DataFileSnapshot> m_autoSaveSnapshot;
     bool m_autoSaveRunning = false;
+    QString m_rolloverOutput;
 };

@@ -94,8 +94,8 @@ LogImportRun MonitorSession::importLogs(const QList<LogFileRef> &files, MergeMod
     LogImportRun run = m_logImport->logFiles_import(files, mode, true);
     if (run.oilName)
         oilName_set(*run.oilName);
-    if (const FileResult *tooMany = run.capacityFailure())
-        reportTooMany(tooMany->message);
+    if (const QString report = run.capacityReport(); !report.isEmpty())
+        reportTooMany(report);
     if (run.filesImported > 0)
         display_data();
     return run;

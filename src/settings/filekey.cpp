@@ -8,6 +8,10 @@
 FileRegistryKey::FileRegistryKey(QString filePath, QString fullKey)
     : m_path(std::move(filePath)), m_key(std::move(fullKey)) {}
 
+std::unique_ptr<RegistryKey> FileRegistryKey::subKey(const QString &name) const {
+    return std::make_unique<FileRegistryKey>(m_path, m_key + QLatin1Char('\\') + name);
+}
+
 QString FileRegistryKey::damagedCopyPath(const QString &filePath) {
     return filePath + QLatin1String(".damaged");
 }

@@ -38,6 +38,8 @@ public:
     bool setDword(const QString &name, uint32_t value) override;
     bool setString(const QString &name, const QString &value) override;
 
+    std::unique_ptr<RegistryKey> subKey(const QString &name) const override;
+
 private:
     enum class FileState { Missing, Parsed, Damaged, NotAFile };
 

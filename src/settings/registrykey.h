@@ -28,6 +28,10 @@ public:
     virtual bool setByte(const QString &name, uint8_t value) = 0;
     virtual bool setDword(const QString &name, uint32_t value) = 0;
     virtual bool setString(const QString &name, const QString &value) = 0;
+
+    // The key `name` below this one, in the same store (a section of its
+    // own after this key's in the settings file).
+    virtual std::unique_ptr<RegistryKey> subKey(const QString &name) const = 0;
 };
 
 // The key of this program version, "Software\Velmora-Systems\NAK_OS

@@ -84,6 +84,32 @@ QString comPortDevice(RegistryKey &key, int n) {
     return device;
 }
 
+QString stationKeyName() {
+    return QStringLiteral("Station");
+}
+
+bool readStation(RegistryKey &programKey, StationSettings &station) {
+    const std::unique_ptr<RegistryKey> key = programKey.subKey(stationKeyName());
+    if (key->open())
+        return true;
+    uint8_t b = 0;
+    if (!key->queryByte(QStringLiteral("CompareHour"), b))
+        station.compareHour = b > 0;
+    key->close();
+    return false;
+}
+
+void writeStation(RegistryKey &programKey, const StationSettings &station) {
+    if (programKey.open())
+        return;
+    programKey.close();
+    const std::unique_ptr<RegistryKey> key = programKey.subKey(stationKeyName());
+    if (key->openOrCreate())
+        return;
+    key->setByte(QStringLiteral("CompareHour"), station.compareHour ? 1 : 0);
+    key->close();
+}
+
 } // namespace settings
 
 QString settingsFilePath() {

@@ -18,6 +18,15 @@ struct DisplayFlags {
     bool printPressure = false;
 };
 
+// Settings of a recording station, beyond the documented ones: kept in a
+// key of their own below the program's key ("Station"), so the documented
+// key stays as it is.
+struct StationSettings {
+    // The duplicate test compares the hour too (MeasurementStore::
+    // setFullStampDuplicates); off is the documented rule.
+    bool compareHour = false;
+};
+
 namespace settings {
 
 constexpr int programVersion = 143;
@@ -45,5 +54,16 @@ void writeAutosavePath(RegistryKey &key, const QString &path);
 
 // The device path set for port number n (value "ComPort<n>"), or "".
 QString comPortDevice(RegistryKey &key, int n);
+
+// The station key's name below the program's key.
+QString stationKeyName();
+
+// Reads the station settings from the "Station" key below `programKey`;
+// true (failed) when that key is missing, and `station` keeps the defaults.
+[[nodiscard]] bool readStation(RegistryKey &programKey, StationSettings &station);
+
+// Writes them as 1-byte values (CompareHour). Only when the program's key
+// is there: the station key always follows it in the settings file.
+void writeStation(RegistryKey &programKey, const StationSettings &station);
 
 } // namespace settings

@@ -14,6 +14,7 @@ namespace {
 // used instead, as registry virtualisation did for such programs.
 class WinRegistryKey : public RegistryKey {
 public:
+    explicit WinRegistryKey(QString path = settings::keyPath()) : m_path(std::move(path)) {}
     bool open() override { return openIn(false); }
     bool openOrCreate() override { return openIn(true); }
     void close() override {
@@ -71,12 +72,16 @@ public:
                                         DWORD((w.size() + 1) * sizeof(wchar_t))) != ERROR_SUCCESS;
     }
 
+    std::unique_ptr<RegistryKey> subKey(const QString &name) const override {
+        return std::make_unique<WinRegistryKey>(m_path + QLatin1Char('\\') + name);
+    }
+
 private:
     static std::wstring wname(const QString &s) { return s.toStdWString(); }
 
     bool openIn(bool create) {
         close();
-        const std::wstring path = settings::keyPath().toStdWString();
+        const std::wstring path = m_path.toStdWString();
         for (HKEY hive : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) {
             if (RegOpenKeyExW(hive, path.c_str(), 0, KEY_ALL_ACCESS, &m_key) == ERROR_SUCCESS)
                 return false;
@@ -92,6 +97,7 @@ private:
         return true;
     }
 
+    QString m_path;
     HKEY m_key = nullptr;
 };
 

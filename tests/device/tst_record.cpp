@@ -1,8 +1,12 @@
 // nakos-tool record, run as a separate process against the simulated sensor
-// in this process, its output read back with the native reader.
+// in this process, its output read back with the native reader; and the
+// session's rollover that the recorder's --rollover uses, at the boundary.
 #include "core/store.h"
 #include "files/datafile.h"
 #include "sensorsim.h"
+#include "support/sessionfixture.h"
+
+#include <csignal>
 
 #include <QProcess>
 #include <QSignalSpy>
@@ -30,13 +34,17 @@ struct Run {
         QSignalSpy finished(&process, &QProcess::finished);
         return process.state() == QProcess::NotRunning || finished.wait(kWaitMs);
     }
-    // The tool's own lines on standard error; Qt may add platform notes.
-    QList<QByteArray> toolLines() {
-        QList<QByteArray> lines = process.readAllStandardError().split('\n');
-        lines.removeIf([](const QByteArray &l) { return !l.startsWith("nakos-tool: "); });
+    // The tool's own lines on standard error that start with `prefix`; Qt
+    // may add platform notes.
+    QList<QByteArray> toolLines(const QByteArray &prefix = "nakos-tool: ") {
+        err += process.readAllStandardError();
+        QList<QByteArray> lines = err.split('\n');
+        lines.removeIf([&](const QByteArray &l) { return !l.startsWith(prefix); });
         return lines;
     }
+    QList<QByteArray> statusLines() { return toolLines("nakos-tool record: polls"); }
     QProcess process;
+    QByteArray err;
 };
 
 } // namespace
@@ -49,6 +57,8 @@ private slots:
     void recordsToTheOutput();
     void badCommandLines_data();
     void badCommandLines();
+    void rolloverAtTheBoundary_data();
+    void rolloverAtTheBoundary();
 };
 
 void TestRecord::recordsToTheOutput_data() {
@@ -65,16 +75,28 @@ void TestRecord::recordsToTheOutput() {
     QSignalSpy commands(&sim, &SensorSimulator::commandReceived);
     Run run(dir, QStringLiteral("--port %1 --interval 300%2 out.txt")
                      .arg(sim.portPath(), polls ? QStringLiteral(" --polls 3") : QString()));
+    // The status line, on SIGUSR1 while it runs and at the end.
+    const QByteArray status = "nakos-tool record: polls with readings 1, polls without port 0, "
+                              "replies without echo 0, bytes received ";
     if (!polls) {
         // The second command comes with the first tick, after the first
         // "list" poll has been applied.
         QTRY_VERIFY_WITH_TIMEOUT(commands.size() >= 2, kWaitMs);
+        ::kill(pid_t(run.process.processId()), SIGUSR1);
+        QTRY_COMPARE_WITH_TIMEOUT(run.statusLines().size(), 1, kWaitMs);
+        QCOMPARE(run.process.state(), QProcess::Running);
         run.process.terminate();
     }
     QVERIFY(run.finish());
     QCOMPARE(run.process.exitStatus(), QProcess::NormalExit);
     QCOMPARE(run.process.exitCode(), 0);
     QCOMPARE(run.toolLines(), QList<QByteArray>());
+    const QList<QByteArray> statuses = run.statusLines();
+    QCOMPARE(statuses.size(), polls ? 1 : 2);
+    for (const QByteArray &line : statuses) {
+        QVERIFY2(line.startsWith(status) && line.contains(" s ago), points in store 5"), line);
+        QVERIFY2(!line.contains("bytes received 0,"), line);
+    }
     // The program's autosave folder was prepared as at start-up.
     QVERIFY(QFileInfo(dir.filePath(QStringLiteral("data/autosave"))).isDir());
 
@@ -126,6 +148,71 @@ void TestRecord::badCommandLines() {
     const QByteArray opening = "nakos-tool: cannot open /nonexistent/tty: ";
     QVERIFY2(lines[0].startsWith(opening) && lines[0].size() > opening.size(), lines[0]);
     QCOMPARE(lines[1], "nakos-tool: Com port not available");
+}
+
+// 129990 points stored and a reply of 30 new readings: 10 fill the store.
+// With the rollover the full store goes to an archive named after its first
+// and last stamp and the other 20 enter the empty store; without it they
+// find the store full.
+void TestRecord::rolloverAtTheBoundary_data() {
+    QTest::addColumn<bool>("rollover");
+    QTest::addColumn<int>("count"); // points in store afterwards
+    QTest::addColumn<int>("full");  // readings that found the store full
+    QTest::newRow("documented full rule") << false << 130000 << 20;
+    QTest::newRow("rollover") << true << 20 << 0;
+}
+
+void TestRecord::rolloverAtTheBoundary() {
+    QFETCH(bool, rollover);
+    QFETCH(int, count);
+    QFETCH(int, full);
+    SessionFixture f;
+    f.start();
+    MeasurementStore &store = f.store();
+    // Distinct stamps from 2001-01-01 00:00:00 on, a second apart in the
+    // hour 0: the last is 2001-02-09 00:06:29.
+    for (int n = 0; n < 129990; ++n) {
+        store.dataPoints[size_t(n)] = {
+            2001, uint8_t(1 + n / (28 * 3600)), uint8_t(1 + (n / 3600) % 28),
+            0,    uint8_t((n / 60) % 60),       uint8_t(n % 60)};
+    }
+    store.dataPoint_count = 129990;
+    store.reindex();
+    SensorSimulator sim(SimOptions{.readingIntervalMs = 0, .prefill = 30, .faults = {}});
+    QVERIFY(!sim.open());
+    f.session.port_selectDevice(sim.portPath());
+    const QString output = f.dir.filePath(QStringLiteral("out.txt"));
+    if (rollover)
+        f.session.recording_setRollover(output);
+    QSignalSpy rolled(&f.session, &MonitorSession::rolledOver);
+    QSignalSpy appended(&f.session, &MonitorSession::readingsAppended);
+    QSignalSpy polled(&f.session, &MonitorSession::pollFinished);
+    f.session.query_start();
+    QVERIFY(polled.wait(kWaitMs));
+    f.session.query_stop();
+    QCOMPARE(store.dataPoint_count, count);
+    QCOMPARE(polled[0][0].value<PollOutcome>().list.full, full);
+    QCOMPARE(appended[0], (QList<QVariant>{129990, 10}));
+    QCOMPARE(rolled.size(), rollover ? 1 : 0);
+    if (!rollover)
+        return;
+    QCOMPARE(appended[1], (QList<QVariant>{0, 20}));
+    // The tenth reading's stamp ends the archive's name.
+    const QByteArray tenth = sim.logLines()[9];
+    QString last = QString::fromLatin1(tenth.mid(0, 19));
+    last.remove(QLatin1Char('-'))
+        .remove(QLatin1Char(':'))
+        .replace(QLatin1Char(' '), QLatin1Char('T'));
+    const QString archive =
+        f.dir.filePath(QStringLiteral("out_20010101T000000_") + last + QStringLiteral(".txt"));
+    QCOMPARE(rolled[0], (QList<QVariant>{archive, 130000, QString()}));
+    auto archived = std::make_unique<MeasurementStore>();
+    DataFile file(*archived);
+    QVERIFY(!file.dataFile_load(archive, MergeMode::Replace, false).failed());
+    QCOMPARE(archived->dataPoint_count, 130000);
+    QCOMPARE(archived->dataPoints[129989].day, uint8_t(9));
+    QCOMPARE(MonitorSession::rolloverFileName(output, *archived),
+             archive.chopped(4) + QStringLiteral("_2.txt"));
 }
 
 QTEST_GUILESS_MAIN(TestRecord)

@@ -8,15 +8,13 @@
 #include "support/sessionfixture.h"
 
 #include <QAction>
-#include <QDropEvent>
-#include <QMenu>
-#include <QMenuBar>
-#include <QMimeData>
 #include <QDirIterator>
+#include <QDropEvent>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -64,7 +62,8 @@ void TestMainWindow::menus() {
                        "|Export(file_export) |Set autosave path(file_setAutosavePath) "
                        "|Print(file_print) |Exit(file_exit)"),
         QStringLiteral("tools:Tools=Toolbox(tools_toolbox)"),
-        QStringLiteral("settings:Settings=General settings(settings_generalSettings)"),
+        QStringLiteral("settings:Settings=General settings(settings_generalSettings) Station "
+                       "settings(settings_stationSettings)"),
         QStringLiteral("q:?=About(q_about)"),
         QStringLiteral("window:Window=Control Panel(window_controlPanel) |Tile(window_tile) "
                        "Cascade(window_cascade)")};

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs the build folder given into a temporary prefix and checks what a
 # user gets: the three programs (they run from there), the desktop entry
-# and the icon it names at every size, and readable manual pages.
+# and the icon it names at every size, readable manual pages, and the
+# recording station's systemd unit.
 set -euo pipefail
 build=$1
 prefix=$(mktemp -d)
@@ -63,6 +64,18 @@ else
             fail "icon ${size}x${size} is not a $size x $size PNG image (${width}x${height})"
     done
 fi
+
+# The recording station's unit and its example settings file
+# (scripts/check-unit.sh verifies the unit itself).
+unit="$prefix/lib/systemd/system/nakos-recorder@.service"
+if [[ ! -f "$unit" ]]; then
+    fail "lib/systemd/system/nakos-recorder@.service is missing"
+else
+    grep -qx 'EnvironmentFile=/etc/nakos-monitor/%i.conf' "$unit" || fail "unit: no station settings file"
+    grep -qx 'Restart=always' "$unit" || fail "unit: not restarted always"
+fi
+[[ -f "$prefix/share/doc/nakos-monitor/nakos-recorder.conf.example" ]] ||
+    fail "share/doc/nakos-monitor/nakos-recorder.conf.example is missing"
 
 ((failures == 0)) && echo "check_install: installed tree in order"
 exit $((failures > 0))

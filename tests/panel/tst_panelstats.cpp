@@ -1,9 +1,9 @@
 // The control panel's statistics texts, port numbers and tooltips, and the
 // stable (by-id) name of a port.
 #include "core/store.h"
+#include "device/linkhealth.h"
 #include "device/listreply.h"
 #include "device/metareply.h"
-#include "device/linkhealth.h"
 #include "device/portnames.h"
 #include "panel/panelstats.h"
 

@@ -14,6 +14,7 @@
 #include "support/sessionfixture.h"
 
 #include <QDir>
+#include <QFile>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -65,6 +66,7 @@ private Q_SLOTS:
     void saveSaveAsAndExport();
     void imports_data();
     void imports();
+    void chainThatDoesNotFit();
     void autosave();
     void oneFileCommandAtATime();
     void commandLineFiles_data();
@@ -95,6 +97,19 @@ void TestSession::startUp() {
     bool percent = true;
     QVERIFY(!settings::readRegistry(f.session.settingsKey(), stored, percent));
     QVERIFY(stored.displayWater && !stored.displaySoot && stored.printWater && !percent);
+
+    // The station settings: the documented duplicate rule until the
+    // Station key says otherwise; then it holds from the next start on.
+    QVERIFY(!f.store().fullStampDuplicates());
+    f.session.settings_setStation(StationSettings{true});
+    QVERIFY(f.store().fullStampDuplicates());
+    {
+        SessionFixture again;
+        QFile::copy(f.dir.filePath(u"settings.reg"_s), again.dir.filePath(u"settings.reg"_s));
+        again.start();
+        QVERIFY(again.store().fullStampDuplicates());
+        QVERIFY(again.session.stationSettings().compareHour);
+    }
 
     // The change monitor turns requests into one rebuild.
     QVERIFY(f.session.Timer_monitorChanges.isActive());
@@ -351,6 +366,32 @@ void TestSession::imports() {
     QCOMPARE(zoomResets.size(), !choice.isEmpty() && message.isEmpty() ? 1 : 0);
     if (mode == 2 && read) // inserted day by day before what was there, in date order
         QVERIFY(f.store().dataPoints[0].day == 5 && f.store().dataPoints[71].day == 7);
+}
+
+// Four days of 48 readings appended with room for 101: the first two enter,
+// the third does not fit, the fourth is never tried, and the message says so.
+void TestSession::chainThatDoesNotFit() {
+    SessionFixture f;
+    f.start();
+    SimLogOptions logs;
+    logs.folder = f.dir.filePath(u"logs"_s);
+    QDir().mkpath(logs.folder);
+    logs.start = QDate(2024, 3, 5);
+    logs.days = 4;
+    logs.intervalSeconds = 1800;
+    QString error;
+    QCOMPARE(writeSimLogs(logs, &error).size(), 4);
+    holdSavedPoints(f.store(), MeasurementStore::capacity - 101);
+    f.dialogs.modeAnswers << int16_t(3);
+    f.dialogs.fileAnswers << logs.folder + u"/NAKOS435.log"_s;
+    f.session.file_importChain();
+    QCOMPARE(f.store().dataPoint_count, MeasurementStore::capacity - 101 + 96);
+    QCOMPARE(f.notifier.shown.size(), 1);
+    QCOMPARE(f.notifier.shown[0].text,
+             u"2 of 4 files were imported: \"NAKOS435.log\", \"NAKOS436.log\". \"NAKOS437.log\" "
+             "did not fit into the data point memory and was not imported. The remaining "
+             "file was skipped: \"NAKOS438.log\"."_s);
+    QVERIFY(f.store().data_changed);
 }
 
 // Saved on the sixth tick, in the background, with the title's mark cleared

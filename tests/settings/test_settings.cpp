@@ -73,25 +73,41 @@ private:
     QTemporaryDir m_dir;
 };
 
+// The documented section as a first run writes it; the station section
+// follows it in a section of its own and leaves it byte for byte.
 void TestSettings::firstRunWritesTheDefaults() {
     QCOMPARE(settings::versionText(205), QStringLiteral("2.05"));
     QFile::remove(path());
     FileRegistryKey key(path(), kKey);
     DisplayFlags flags;
     bool percent = false;
+    StationSettings station;
     QVERIFY(settings::readRegistry(key, flags, percent)); // no key yet
+    settings::writeStation(key, StationSettings{true});   // not before the program's key
+    QVERIFY(!QFile::exists(path()));
     settings::writeRegistry(key, flags, percent);
     settings::writeAutosavePath(key, QStringLiteral("C:\\data\\autosave\\"));
-    QCOMPARE(read(path()), regFile("\"DisplayWater\"=hex:01\r\n"
-                                   "\"DisplayTemperature\"=hex:01\r\n"
-                                   "\"DisplayPressure\"=hex:01\r\n"
-                                   "\"DisplaySoot\"=hex:00\r\n"
-                                   "\"PrintWater\"=hex:01\r\n"
-                                   "\"PrintTemperature\"=hex:00\r\n"
-                                   "\"PrintPressure\"=hex:00\r\n"
-                                   "\"WaterDisplayPercent\"=hex:00\r\n"
-                                   "\"Version\"=dword:0000008f\r\n"
-                                   "\"AutosavePath\"=\"C:\\\\data\\\\autosave\\\\\"\r\n"));
+    const QByteArray documented = read(path());
+    QVERIFY(settings::readStation(key, station));
+    settings::writeStation(key, StationSettings{true});
+    settings::writeRegistry(key, flags, percent);
+    QCOMPARE(read(path()),
+             documented + "\r\n[" + kKey.toLatin1() + "\\Station]\r\n\"CompareHour\"=hex:01\r\n");
+    QVERIFY(!settings::readStation(key, station));
+    QVERIFY(station.compareHour);
+    settings::writeStation(key, StationSettings{false});
+    QVERIFY(!settings::readStation(key, station));
+    QVERIFY(!station.compareHour);
+    QCOMPARE(documented, regFile("\"DisplayWater\"=hex:01\r\n"
+                                 "\"DisplayTemperature\"=hex:01\r\n"
+                                 "\"DisplayPressure\"=hex:01\r\n"
+                                 "\"DisplaySoot\"=hex:00\r\n"
+                                 "\"PrintWater\"=hex:01\r\n"
+                                 "\"PrintTemperature\"=hex:00\r\n"
+                                 "\"PrintPressure\"=hex:00\r\n"
+                                 "\"WaterDisplayPercent\"=hex:00\r\n"
+                                 "\"Version\"=dword:0000008f\r\n"
+                                 "\"AutosavePath\"=\"C:\\\\data\\\\autosave\\\\\"\r\n"));
     QCOMPARE(settings::readAutosavePath(key), QStringLiteral("C:\\data\\autosave\\"));
     // A path of 255 characters or more reads as none.
     for (const int length : {0, 254, 255, 300}) {

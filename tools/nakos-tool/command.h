@@ -12,11 +12,13 @@
 // returns the process exit status; on failure it prints one line to stderr.
 struct ToolCommand {
     using Run = std::function<int(const QStringList &args)>;
-    ToolCommand(const char *name, const char *usage, Run run);
+    ToolCommand(const char *name, const char *usage, Run run, const char *details = nullptr);
 
     const char *name;
     const char *usage;
     Run run;
+    // Lines printed after the usage by "nakos-tool COMMAND --help".
+    const char *details;
 };
 
 // Prints "nakos-tool: <message>" as one line on standard error; returns 1,

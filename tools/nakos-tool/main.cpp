@@ -44,8 +44,8 @@ bool isHelp(const QString &arg) {
 
 } // namespace
 
-ToolCommand::ToolCommand(const char *n, const char *u, Run r)
-    : name(n), usage(u), run(std::move(r)) {
+ToolCommand::ToolCommand(const char *n, const char *u, Run r, const char *d)
+    : name(n), usage(u), run(std::move(r)), details(d) {
     registry().push_back(this);
 }
 
@@ -90,6 +90,8 @@ int main(int argc, char **argv) {
     const ToolCommand &command = **found;
     if (std::any_of(args.cbegin(), args.cend(), isHelp)) {
         std::printf("Usage: nakos-tool %s %s\n", command.name, command.usage);
+        if (command.details)
+            std::printf("%s", command.details);
         return 0;
     }
 

@@ -3,22 +3,29 @@
 // alarm limit, the calibration tables and "list"), autosaves as the program
 // does, and writes the store to OUTPUT when it stops: after N "list" polls,
 // or on Ctrl-C / SIGTERM.
+//
+// For unattended stations: --full-stamp compares the hour in the duplicate
+// test, --rollover archives a full store and goes on, and SIGUSR1 (and the
+// end of the run) prints a status line of the link on standard error.
 #include "command.h"
 
 #include "core/clock.h"
 #include "core/notifier.h"
 #include "core/numbers.h"
+#include "core/timetext.h"
 #include "device/devicelink.h"
 #include "files/filedialogs.h"
 #include "session/monitorsession.h"
 #include "settings/registrykey.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QRegularExpression>
 #include <QSocketNotifier>
 
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -35,6 +42,10 @@ struct RecordArgs {
     int polls = 0; // 0: until interrupted
     int intervalMs = DeviceLink::kQueryIntervalMs;
     QString output;
+
+    // Station options.
+    bool fullStamp = false; // the hour counts in the duplicate test
+    bool rollover = false;  // a full store goes to an archive file
 };
 
 // Parses the fixed command line; on failure returns nothing and sets error.
@@ -43,6 +54,11 @@ std::optional<RecordArgs> parseArgs(const QStringList &args, QString &error) {
     QStringList rest;
     for (qsizetype i = 0; i < args.size(); ++i) {
         const QString &a = args[i];
+        // Station options: flags without a value.
+        if (a == QLatin1String("--full-stamp") || a == QLatin1String("--rollover")) {
+            (a == QLatin1String("--full-stamp") ? r.fullStamp : r.rollover) = true;
+            continue;
+        }
         const bool takesValue = a == QLatin1String("--port") || a == QLatin1String("--polls") ||
                                 a == QLatin1String("--interval");
         if (!takesValue) {
@@ -97,41 +113,72 @@ public:
     }
 };
 
+// The station's status line: what the link did since the start, when the
+// last new reading came and how full the store is.
+void printStatus(const MonitorSession &session) {
+    const LinkHealth &h = session.health();
+    QString last = QStringLiteral("none");
+    if (h.lastReading.isValid()) {
+        last =
+            h.lastReading.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) +
+            QStringLiteral(" (%1 s ago)").arg(h.lastReading.secsTo(QDateTime::currentDateTime()));
+    }
+    std::fprintf(stderr,
+                 "nakos-tool record: polls with readings %llu, polls without port %llu, replies "
+                 "without echo %llu, bytes received %llu, last new reading %s, points in store "
+                 "%d\n",
+                 static_cast<unsigned long long>(h.pollsWithReadings),
+                 static_cast<unsigned long long>(h.pollsWithoutPort),
+                 static_cast<unsigned long long>(h.repliesWithoutEcho),
+                 static_cast<unsigned long long>(h.bytesReceived), qPrintable(last),
+                 int(session.store().dataPoint_count));
+}
+
 #ifdef Q_OS_UNIX
 // Ctrl-C and SIGTERM end the event loop through a pipe, so the store is
 // written by ordinary code after the loop, not inside a signal handler.
+// SIGUSR1 goes through the same pipe and asks for the status line.
 int g_signalPipe[2] = {-1, -1};
 
-void onStopSignal(int) {
-    const char c = 1;
+void onStopSignal(int sig) {
+    const char c = sig == SIGUSR1 ? 's' : 'x';
     [[maybe_unused]] const ssize_t n = ::write(g_signalPipe[1], &c, 1);
 }
 
 class StopSignals {
 public:
-    StopSignals() {
+    explicit StopSignals(std::function<void()> status) {
         if (::pipe(g_signalPipe) != 0)
             return;
         for (int fd : g_signalPipe)
             ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) | O_NONBLOCK);
         m_notifier = std::make_unique<QSocketNotifier>(g_signalPipe[0], QSocketNotifier::Read);
-        QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [] {
-            char c;
-            while (::read(g_signalPipe[0], &c, 1) > 0) {
-            }
-            QCoreApplication::exit(0);
-        });
+        QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
+                         [status = std::move(status)] {
+                             char c;
+                             bool stop = false;
+                             while (::read(g_signalPipe[0], &c, 1) > 0) {
+                                 if (c == 's')
+                                     status();
+                                 else
+                                     stop = true;
+                             }
+                             if (stop)
+                                 QCoreApplication::exit(0);
+                         });
         struct sigaction sa = {};
         sa.sa_handler = onStopSignal;
         sigemptyset(&sa.sa_mask);
         ::sigaction(SIGINT, &sa, &m_oldInt);
         ::sigaction(SIGTERM, &sa, &m_oldTerm);
+        ::sigaction(SIGUSR1, &sa, &m_oldUsr1);
     }
     ~StopSignals() {
         if (!m_notifier)
             return;
         ::sigaction(SIGINT, &m_oldInt, nullptr);
         ::sigaction(SIGTERM, &m_oldTerm, nullptr);
+        ::sigaction(SIGUSR1, &m_oldUsr1, nullptr);
         m_notifier.reset();
         ::close(g_signalPipe[0]);
         ::close(g_signalPipe[1]);
@@ -141,9 +188,13 @@ private:
     std::unique_ptr<QSocketNotifier> m_notifier;
     struct sigaction m_oldInt = {};
     struct sigaction m_oldTerm = {};
+    struct sigaction m_oldUsr1 = {};
 };
 #else
-class StopSignals {};
+class StopSignals {
+public:
+    explicit StopSignals(std::function<void()>) {}
+};
 #endif
 
 int runRecord(const QStringList &args) {
@@ -159,12 +210,29 @@ int runRecord(const QStringList &args) {
     NoFileDialogs dialogs;
     MeasurementStore store;
     MonitorSession session({notifier, clock, dialogs}, store, openProgramKey());
+    // As early as can be: a SIGUSR1 before it would end the process.
+    const StopSignals stopSignals([&session] { printStatus(session); });
     session.startUp_engine(QDir::currentPath());
     if (const std::optional<int> n = portNumber(a->port))
         session.port_select(*n);
     else
         session.port_selectDevice(a->port);
     session.query_setInterval(a->intervalMs);
+
+    // Station options.
+    store.setFullStampDuplicates(a->fullStamp);
+    if (a->rollover) {
+        session.recording_setRollover(a->output);
+        QObject::connect(&session, &MonitorSession::rolledOver, &session,
+                         [](const QString &file, int points, const QString &error) {
+                             if (error.isEmpty())
+                                 std::fprintf(stderr,
+                                              "nakos-tool record: %d readings archived in %s\n",
+                                              points, qPrintable(QDir::toNativeSeparators(file)));
+                             else
+                                 std::fprintf(stderr, "nakos-tool: %s\n", qPrintable(error));
+                         });
+    }
 
     int polls = 0;
     QObject::connect(&session, &MonitorSession::pollFinished, &session, [&] {
@@ -174,20 +242,30 @@ int runRecord(const QStringList &args) {
         }
     });
 
-    const StopSignals stopSignals;
     session.startUp_finish();
     session.query_start();
     // The immediate poll may already have ended the run (a missing port).
     if (a->polls == 0 || polls < a->polls)
         QCoreApplication::exec();
 
+    printStatus(session);
     const FileResult saved = session.recording_finish(a->output);
     if (saved.failed())
         return toolFail(saved.message);
     return 0;
 }
 
-const ToolCommand recordCommand("record", "--port DEVICE [--polls N] [--interval MS] OUTPUT",
-                                runRecord);
+const ToolCommand recordCommand(
+    "record", "--port DEVICE [--polls N] [--interval MS] [--full-stamp] [--rollover] OUTPUT",
+    runRecord,
+    "  --full-stamp  compare the hour too in the duplicate test. Without it a reading\n"
+    "                at the same minute and second of the same day as a stored one is\n"
+    "                dropped, so a sensor logging every minute keeps only the first\n"
+    "                hour of each day.\n"
+    "  --rollover    when the memory is full (130000 readings), write it beside\n"
+    "                OUTPUT as <OUTPUT name>_<first>_<last>.txt (time stamps as\n"
+    "                yyyymmddThhmmss), empty it and go on. Without it, readings\n"
+    "                beyond 130000 are dropped.\n"
+    "  SIGUSR1 prints a status line on standard error, as the end of the run does.\n");
 
 } // namespace

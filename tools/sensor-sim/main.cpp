@@ -47,6 +47,10 @@ int main(int argc, char **argv) {
     const QCommandLineOption logSize(QStringLiteral("log-size"),
                                      QStringLiteral("Readings kept in the log (default 100)."),
                                      QStringLiteral("n"), QStringLiteral("100"));
+    const QCommandLineOption burst(QStringLiteral("burst"),
+                                   QStringLiteral("Log N readings at every --interval tick, a "
+                                                  "second apart in their stamps (default 1)."),
+                                   QStringLiteral("n"), QStringLiteral("1"));
     const QCommandLineOption prefill(QStringLiteral("prefill"),
                                      QStringLiteral("Readings logged before the start."),
                                      QStringLiteral("n"), QStringLiteral("0"));
@@ -97,9 +101,9 @@ int main(int argc, char **argv) {
                                        QStringLiteral("Records with a wrong check number, "
                                                       "spread over all days (A and B)."),
                                        QStringLiteral("k"), QStringLiteral("0"));
-    parser.addOptions({device, interval, logSize,   prefill, seed,   stream, alarm,
-                       noEcho, garbage,  nul,       gap,     slow,   silent, endless,
-                       flood,  closeMid, writeLogs, days,    format, start,  badChecks});
+    parser.addOptions({device,   interval,  burst, logSize, prefill, seed,     stream,  alarm,
+                       noEcho,   garbage,   nul,   gap,     slow,    silent,   endless, flood,
+                       closeMid, writeLogs, days,  format,  start,   badChecks});
     // parse(), not process(): process() ends a bad command line with
     // status 1, and this program's tools use 2 for it.
     if (!parser.parse(QCoreApplication::arguments()))
@@ -157,6 +161,7 @@ int main(int argc, char **argv) {
     } numbers[] = {
         {interval, 0, &options.readingIntervalMs},
         {logSize, 1, &options.logSize},
+        {burst, 1, &options.readingsPerTick},
         {prefill, 0, &options.prefill},
         {seed, 0, &seedValue},
         {stream, 0, &options.stream},

@@ -48,7 +48,10 @@ SensorSimulator::SensorSimulator(const SimOptions &options, const Clock *clock, 
     while (int(m_log.size()) > m_options.logSize)
         m_log.pop_front();
 
-    connect(&m_readingTimer, &QTimer::timeout, this, &SensorSimulator::addReading);
+    connect(&m_readingTimer, &QTimer::timeout, this, [this] {
+        for (int i = 0; i < m_options.readingsPerTick; ++i)
+            addReading();
+    });
     m_hangupTimer.setInterval(kHangupPollMs);
     connect(&m_hangupTimer, &QTimer::timeout, this, &SensorSimulator::onHangupPoll);
     m_segmentTimer.setSingleShot(true);

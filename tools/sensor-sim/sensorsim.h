@@ -31,6 +31,7 @@ struct SimFaults {
 
 struct SimOptions {
     int readingIntervalMs = 1000; // a new reading this often; 0 = only on request
+    int readingsPerTick = 1;      // readings logged at each tick (load tests)
     int logSize = 100;            // readings kept; "list" returns all of them
     int prefill = 0;              // readings already logged when the simulator starts
     uint32_t seed = 1;
