@@ -63,8 +63,8 @@ inline const char *readPlainDecimal(const char *begin, const char *end, float &v
     const char *digits = p;
     for (; p != end && digit(*p) < 10; ++p)
         mantissa = mantissa * 10 + digit(*p);
-    ptrdiff_t count = p - digits;
-    ptrdiff_t decimals = 0;
+    std::ptrdiff_t count = p - digits;
+    std::ptrdiff_t decimals = 0;
     if (p != end && (*p == '.' || *p == ',')) {
         const char *fraction = ++p;
         for (; p != end && digit(*p) < 10; ++p)

@@ -1,6 +1,5 @@
 #include "files/textformat.h"
 
-#include "core/numbers.h"
 #include "core/timetext.h"
 
 #include <cmath>
