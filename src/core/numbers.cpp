@@ -53,10 +53,6 @@ std::optional<float> parseSingle(std::string_view text) {
     return negative ? -value : value;
 }
 
-float str_toSingle(std::string_view text) {
-    return parseSingle(text).value_or(0.0f);
-}
-
 float str_toSingle(QStringView text) {
     char buf[65];
     if (text.size() > 64)

@@ -74,42 +74,6 @@ std::string_view valueText(std::string_view line, Key key, size_t at) {
     return line.substr(start, end - start);
 }
 
-// str_toSingle with a shortcut for plain decimals of at most seven digits
-// ("123.4", "-0,125"): the digits as a whole number and the power of ten
-// are both exact floats, so a single float division rounds exactly as the
-// general conversion does. Everything else takes the general conversion.
-float readSingle(std::string_view text) {
-    static constexpr float kPow10[] = {1e0f, 1e1f, 1e2f, 1e3f, 1e4f, 1e5f, 1e6f, 1e7f};
-    while (!text.empty() && text.front() == ' ')
-        text.remove_prefix(1);
-    while (!text.empty() && text.back() == ' ')
-        text.remove_suffix(1);
-    size_t i = 0;
-    const bool negative = !text.empty() && text[0] == '-';
-    if (negative)
-        i = 1;
-    uint32_t mantissa = 0;
-    int digits = 0;
-    int decimals = -1; // no separator yet
-    for (; i < text.size(); ++i) {
-        const char c = text[i];
-        if (isDigit(c) && digits < 8) {
-            mantissa = mantissa * 10 + uint32_t(c - '0');
-            ++digits;
-            if (decimals >= 0)
-                ++decimals;
-        } else if ((c == '.' || c == ',') && decimals < 0 && digits > 0) {
-            decimals = 0;
-        } else {
-            return str_toSingle(text);
-        }
-    }
-    if (digits == 0 || digits > 7 || decimals == 0)
-        return str_toSingle(text);
-    const float value = decimals > 0 ? float(mantissa) / kPow10[decimals] : float(mantissa);
-    return negative ? -value : value;
-}
-
 // Stores the stamp field at [pos, pos + len) into `out`; false on failure.
 template <typename T> bool stampField(std::string_view line, size_t pos, size_t len, T &out) {
     // Plain digits, the usual case, need no general conversion (and fit
@@ -145,10 +109,10 @@ bool parseListLine(std::string_view line, DataPoint &p) {
 
     size_t at[KeyCount];
     findKeys(line, at);
-    p.water = readSingle(valueText(line, Water, at[Water]));
-    p.pressure = readSingle(valueText(line, Pressure, at[Pressure]));
-    p.temperature = readSingle(valueText(line, Temperature, at[Temperature]));
-    p.soot = readSingle(valueText(line, Soot, at[Soot]));
+    p.water = str_toSingle(valueText(line, Water, at[Water]));
+    p.pressure = str_toSingle(valueText(line, Pressure, at[Pressure]));
+    p.temperature = str_toSingle(valueText(line, Temperature, at[Temperature]));
+    p.soot = str_toSingle(valueText(line, Soot, at[Soot]));
     if (at[Stream] != std::string_view::npos) {
         // Unlike the other values, a stream that does not convert makes the
         // whole line invalid: a reading must never land in a wrong stream.
@@ -159,8 +123,8 @@ bool parseListLine(std::string_view line, DataPoint &p) {
         else
             valid = false;
     }
-    p.adc_ref = readSingle(valueText(line, AdcRef, at[AdcRef]));
-    p.adc_meas = readSingle(valueText(line, AdcMeas, at[AdcMeas]));
+    p.adc_ref = str_toSingle(valueText(line, AdcRef, at[AdcRef]));
+    p.adc_meas = str_toSingle(valueText(line, AdcMeas, at[AdcMeas]));
     return valid;
 }
 

@@ -42,8 +42,6 @@ template <typename T> T clampTo(int64_t v, int64_t hi) {
 // Terminator of each date and time field.
 constexpr char dateTimeEnd[6] = {'-', '-', TAB, ':', ':', TAB};
 
-constexpr float floatPowersOfTen[] = {1e0f, 1e1f, 1e2f, 1e3f, 1e4f, 1e5f, 1e6f, 1e7f};
-
 inline bool isDigit(char c) {
     return uint8_t(c - '0') < 10;
 }
@@ -67,30 +65,25 @@ inline bool twoDigits(const char *p, uint8_t &out) {
     return true;
 }
 
-// A plain number ended by `terminator`, without bounds checks: the caller's
-// line ends in CR or LF, which stops every digit loop.
-inline const char *lineNumber(const char *p, char terminator, float &value) {
-    const bool negative = *p == '-';
-    p += negative;
-    uint32_t mantissa = 0;
-    const char *digitsStart = p;
-    while (isDigit(*p))
-        mantissa = mantissa * 10 + uint32_t(*p++ - '0');
-    int digits = int(p - digitsStart);
-    int fraction = 0;
-    if (*p == '.' || *p == ',') {
-        const char *fractionStart = ++p;
-        while (isDigit(*p))
-            mantissa = mantissa * 10 + uint32_t(*p++ - '0');
-        fraction = int(p - fractionStart);
-        digits += fraction;
-    }
-    if (*p != terminator || digits == 0 || digits > 7)
+inline bool isNumberChar(char c) {
+    return isDigit(c) || c == '-' || c == ',' || c == '.';
+}
+
+// A number field ended by `terminator`, read as the per-field machine reads
+// it: the characters of a number, then str_toSingle. The usual plain
+// decimal is read in one pass ("+" is no character of a number here); no
+// bounds checks beyond `eol`, as the line ends in CR or LF.
+inline const char *lineNumber(const char *p, const char *eol, char terminator, float &value) {
+    const char *start = p;
+    p = readPlainDecimal(start, eol, value);
+    if (p && *p == terminator && *start != '+')
+        return p + 1;
+    p = start;
+    while (isNumberChar(*p))
+        ++p;
+    if (*p != terminator)
         return nullptr;
-    float v = float(mantissa);
-    if (fraction > 0)
-        v /= floatPowersOfTen[fraction];
-    value = negative ? -v : v;
+    value = str_toSingle(std::string_view(start, size_t(p - start)));
     return p + 1;
 }
 
@@ -113,10 +106,10 @@ inline bool parseWriterLine(const char *p, const char *eol, DataPoint &out) {
     out.year = int16_t((p[0] - '0') * 1000 + (p[1] - '0') * 100 + (p[2] - '0') * 10 + (p[3] - '0'));
     p += 20;
     float stream = 0.0f;
-    if (!(p = lineNumber(p, TAB, out.water)) || !(p = lineNumber(p, TAB, out.pressure)) ||
-        !(p = lineNumber(p, TAB, out.temperature)) || !(p = lineNumber(p, TAB, out.soot)) ||
-        !(p = lineNumber(p, TAB, out.adc_ref)) || !(p = lineNumber(p, TAB, out.adc_meas)) ||
-        !(p = lineNumber(p, *eol, stream)))
+    if (!(p = lineNumber(p, eol, TAB, out.water)) || !(p = lineNumber(p, eol, TAB, out.pressure)) ||
+        !(p = lineNumber(p, eol, TAB, out.temperature)) ||
+        !(p = lineNumber(p, eol, TAB, out.soot)) || !(p = lineNumber(p, eol, TAB, out.adc_ref)) ||
+        !(p = lineNumber(p, eol, TAB, out.adc_meas)) || !(p = lineNumber(p, eol, *eol, stream)))
         return false;
     out.stream = textformat::streamNumber(stream);
     return p == eol + 1;
@@ -271,7 +264,7 @@ const char *DataFileScanner::collectNumber(const char *p, const char *const end)
     int length = m_fieldLength;
     while (p != end) {
         const char c = *p;
-        if (!isDigit(c) && c != '-' && c != ',' && c != '.')
+        if (!isNumberChar(c))
             break;
         // Past 64 characters only the length counts: such a text reads as 0.
         if (length < 64)
@@ -284,7 +277,8 @@ const char *DataFileScanner::collectNumber(const char *p, const char *const end)
 }
 
 float DataFileScanner::collectedNumber() const {
-    return m_fieldLength > 64 ? 0.0f : textformat::parseNumber(m_field, m_fieldLength);
+    return m_fieldLength > 64 ? 0.0f
+                              : str_toSingle(std::string_view(m_field, size_t(m_fieldLength)));
 }
 
 void DataFileScanner::endDateTimeField() {

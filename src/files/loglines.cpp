@@ -48,11 +48,7 @@ int32_t plainNumber(const char *p, int width) {
 
 // The store's number parse of a fixed column (blanks around are allowed).
 float columnNumber(const char *p, int width) {
-    const char *end = p + width;
-    p = skipBlanks(p, end);
-    while (end != p && isBlank(end[-1]))
-        --end;
-    return textformat::parseNumber(p, int(end - p));
+    return str_toSingle(std::string_view(p, size_t(width)));
 }
 
 bool keywordIs(const char *k, int64_t length, std::string_view upper) {
@@ -207,9 +203,8 @@ bool LogLineReader::readKeywords(const char *p, const char *end, DataPoint &poin
         const char *number = p;
         while (p != end && isNumberChar(*p))
             ++p;
-        // Longer than any number: reads 0, as in the native reader.
-        const float value =
-            p - number > 64 ? 0.0f : textformat::parseNumber(number, int(p - number));
+        // Longer than 64 characters reads 0, as in the native reader.
+        const float value = str_toSingle(std::string_view(number, size_t(p - number)));
         if (keywordIs(keyword, keywordLength, "WATER"))
             r.water = value;
         else if (keywordIs(keyword, keywordLength, "PRESSURE"))

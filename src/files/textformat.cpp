@@ -1,6 +1,5 @@
 #include "files/textformat.h"
 
-#include "core/numbers.h"
 #include "core/timetext.h"
 
 #include <cmath>
@@ -39,12 +38,6 @@ void negativeYear(int year, char *out) {
 
 } // namespace detail
 
-namespace {
-
-constexpr float floatPowersOfTen[] = {1e0f, 1e1f, 1e2f, 1e3f, 1e4f, 1e5f, 1e6f, 1e7f};
-
-} // namespace
-
 int formatFixed(float value, int decimals, char point, char *out) {
     switch (decimals <= 0 ? 0 : (decimals >= 5 ? 5 : decimals)) {
     case 0:
@@ -66,41 +59,6 @@ QByteArray formatFixed(float value, int decimals, char point) {
     char buf[maxFixedLength];
     const int n = formatFixed(value, decimals, point, buf);
     return QByteArray(buf, n);
-}
-
-float parseNumber(const char *text, int length) {
-    const char *p = text;
-    const char *const end = text + length;
-    bool negative = false;
-    if (p != end && *p == '-') {
-        negative = true;
-        ++p;
-    }
-    uint32_t mantissa = 0;
-    int digits = 0;
-    int fraction = -1; // digits after the separator; -1 while none seen
-    for (; p != end; ++p) {
-        const char c = *p;
-        if (c >= '0' && c <= '9') {
-            mantissa = mantissa * 10 + uint32_t(c - '0');
-            ++digits;
-            if (fraction >= 0)
-                ++fraction;
-        } else if ((c == '.' || c == ',') && fraction < 0) {
-            fraction = 0;
-        } else {
-            break;
-        }
-    }
-    // Up to 7 digits the mantissa and the power of ten are exact floats, and
-    // one IEEE division rounds correctly: the same float a full parse gives.
-    if (p == end && digits > 0 && digits <= 7) {
-        float v = float(mantissa);
-        if (fraction > 0)
-            v /= floatPowersOfTen[fraction];
-        return negative ? -v : v;
-    }
-    return str_toSingle(std::string_view(text, size_t(length)));
 }
 
 } // namespace textformat

@@ -11,7 +11,8 @@
 // Number and time stamp text for the file writers and the reader, on plain
 // bytes and without allocation, so the per-field work of a 130000-line file
 // stays a few dozen nanoseconds. The results equal the slower general
-// helpers of core (pad4/pad2, str_toSingle) for every input.
+// helpers of core (pad4/pad2) for every input; numbers are read with
+// str_toSingle(), which has its own quick path.
 namespace textformat {
 
 // Longest text formatFixed() writes (a float's largest value with five
@@ -27,10 +28,6 @@ QByteArray formatFixed(float value, int decimals, char point);
 // formatFixed() with the decimals known at compile time, inline for the
 // per-line loops of the writers.
 template <int Decimals> int formatFixed(float value, char point, char *out);
-
-// str_toSingle() of the text, with a fast path for the short plain numbers
-// ("-", digits, one "," or ".") that the files hold.
-float parseNumber(const char *text, int length);
 
 // A stream number read as a number: rounded to the nearest whole number
 // (halves to even) and held within the 16-bit range.

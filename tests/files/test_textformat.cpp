@@ -1,7 +1,5 @@
 #include "files/textformat.h"
 
-#include "core/numbers.h"
-
 #include <QTest>
 
 #include <cmath>
@@ -14,7 +12,6 @@ private slots:
     void fixed_data();
     void fixed();
     void fixedMatchesTheGeneralFormatter();
-    void parseMatchesStrToSingle();
 };
 
 // The writers' fixed-point formatter at its edges: exact halves round away
@@ -53,27 +50,6 @@ void TestTextFormat::fixedMatchesTheGeneralFormatter() {
                           decimals, rounded / std::pow(10.0L, decimals));
             QCOMPARE(textformat::formatFixed(v, decimals, '.'), QByteArray(buf));
         }
-    }
-}
-
-// The reader's number parser must give exactly what the general one gives,
-// sign of zero included, for any text of digits, signs and separators.
-void TestTextFormat::parseMatchesStrToSingle() {
-    QList<QByteArray> texts{"3.4028236e38", "16777217", "0000000000012.5", "-0", "-.5"};
-    std::mt19937 rng(11);
-    const char alphabet[] = "0123456789000000-.,";
-    for (int i = 0; i < 50000; ++i) {
-        QByteArray text(int(rng() % 16), Qt::Uninitialized);
-        for (char &c : text)
-            c = alphabet[rng() % (sizeof alphabet - 1)];
-        texts << text;
-    }
-    for (const QByteArray &text : texts) {
-        const float expected =
-            str_toSingle(std::string_view(text.constData(), size_t(text.size())));
-        const float got = textformat::parseNumber(text.constData(), int(text.size()));
-        if (got != expected || std::signbit(got) != std::signbit(expected))
-            QFAIL(text.constData());
     }
 }
 
