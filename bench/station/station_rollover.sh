@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
 # A recording station past the memory's 130000 readings: the simulated
 # sensor logs BURST readings every 10 ms (stamps a second apart) and keeps
-# the last 9000 ("list" returns them all, under the 1 MiB a reply may
-# keep); `nakos-tool record --full-stamp --rollover` polls it until its
+# the last 9000 ("list" returns them all); `nakos-tool record --full-stamp --rollover` polls it until its
 # archives and OUTPUT hold more than TARGET readings, then stops on SIGTERM.
 # Passes when the archives plus OUTPUT hold every stamp from the first to
 # the last exactly once (the simulator's stamps run a second apart, so a
