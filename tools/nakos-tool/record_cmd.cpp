@@ -12,6 +12,7 @@
 #include "files/filedialogs.h"
 #include "session/monitorsession.h"
 #include "settings/registrykey.h"
+#include "telemetry_options.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -146,9 +147,11 @@ private:
 class StopSignals {};
 #endif
 
-int runRecord(const QStringList &args) {
-    QString error;
-    const std::optional<RecordArgs> a = parseArgs(args, error);
+int runRecord(const QStringList &commandLine) {
+    QStringList args = commandLine;
+    RecordTelemetry telemetry;
+    QString error = telemetry.takeOptions(args);
+    const std::optional<RecordArgs> a = error.isEmpty() ? parseArgs(args, error) : std::nullopt;
     if (!a)
         return toolUsage(error, "record");
 
@@ -165,6 +168,8 @@ int runRecord(const QStringList &args) {
     else
         session.port_selectDevice(a->port);
     session.query_setInterval(a->intervalMs);
+    if (const QString failed = telemetry.attach(session, a->output); !failed.isEmpty())
+        return toolFail(failed);
 
     int polls = 0;
     QObject::connect(&session, &MonitorSession::pollFinished, &session, [&] {
@@ -181,13 +186,17 @@ int runRecord(const QStringList &args) {
     if (a->polls == 0 || polls < a->polls)
         QCoreApplication::exec();
 
+    telemetry.finish();
     const FileResult saved = session.recording_finish(a->output);
     if (saved.failed())
         return toolFail(saved.message);
     return 0;
 }
 
-const ToolCommand recordCommand("record", "--port DEVICE [--polls N] [--interval MS] OUTPUT",
+const ToolCommand recordCommand("record",
+                                "--port DEVICE [--polls N] [--interval MS] [--mqtt URL "
+                                "[--sensor-id ID] [--mqtt-prefix P] [--mqtt-ca FILE] "
+                                "[--mqtt-password-file FILE]] OUTPUT",
                                 runRecord);
 
 } // namespace
