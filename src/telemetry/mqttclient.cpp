@@ -60,6 +60,9 @@ struct MqttClient::Relay {
         of(context)->post([t, payload](MqttClient *c) { emit c->messageArrived(t, payload); });
         return 1;
     }
+    static void subscribeSucceeded(void *context, MQTTAsync_successData *) {
+        of(context)->post([](MqttClient *c) { emit c->subscribed(); });
+    }
     static void deliveryComplete(void *context, MQTTAsync_token) {
         of(context)->post([](MqttClient *c) { emit c->delivered(); });
     }
@@ -168,7 +171,7 @@ void MqttClient::connectNow() {
     opts.connectTimeout = 10;
     opts.automaticReconnect = 1;
     opts.minRetryInterval = 1;
-    opts.maxRetryInterval = 16;
+    opts.maxRetryInterval = 8;
     opts.onSuccess = &Relay::connectSucceeded;
     opts.onFailure = &Relay::connectFailed;
     opts.context = m_relay;
@@ -208,10 +211,8 @@ void MqttClient::onConnected() {
     m_everConnected = true;
     m_retryMs = 1000;
     m_state = QStringLiteral("connected");
-    for (const auto &[filter, qos] : std::as_const(m_subscriptions)) {
-        MQTTAsync_responseOptions ro = MQTTAsync_responseOptions_initializer;
-        MQTTAsync_subscribe(m_handle, filter.constData(), qos, &ro);
-    }
+    for (const auto &[filter, qos] : std::as_const(m_subscriptions))
+        subscribeNow(filter, qos);
     emit connected();
 }
 
@@ -230,7 +231,7 @@ void MqttClient::onProblem(const QString &text, bool connectFailed) {
             if (!m_connected && !m_connecting)
                 connectNow();
         });
-        m_retryMs = std::min(m_retryMs * 2, 16000);
+        m_retryMs = std::min(m_retryMs * 2, 8000);
     }
     if (changed)
         emit connectionProblem(text);
@@ -251,10 +252,15 @@ bool MqttClient::publish(const QByteArray &topic, const QByteArray &payload, int
 
 void MqttClient::subscribe(const QByteArray &filter, int qos) {
     m_subscriptions.append({filter, qos});
-    if (m_handle && m_connected) {
-        MQTTAsync_responseOptions ro = MQTTAsync_responseOptions_initializer;
-        MQTTAsync_subscribe(m_handle, filter.constData(), qos, &ro);
-    }
+    if (m_handle && m_connected)
+        subscribeNow(filter, qos);
+}
+
+void MqttClient::subscribeNow(const QByteArray &filter, int qos) {
+    MQTTAsync_responseOptions ro = MQTTAsync_responseOptions_initializer;
+    ro.onSuccess = &Relay::subscribeSucceeded;
+    ro.context = m_relay;
+    MQTTAsync_subscribe(m_handle, filter.constData(), qos, &ro);
 }
 
 qint64 MqttClient::pending() const {

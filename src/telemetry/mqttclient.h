@@ -28,7 +28,7 @@ struct MqttOptions {
 // at the end of a program excepted).
 //
 // Connecting goes on in the background: a first connection that fails is
-// tried again (1 s, doubling to 16 s); a connection lost later is restored
+// tried again (1 s, doubling to 8 s); a connection lost later is restored
 // by Paho's automatic reconnect. Messages published meanwhile wait in the
 // outbox (Paho's file persistence), also across a restart of the program
 // with the same client id: QoS 1 with a persistent session.
@@ -64,6 +64,8 @@ public:
 
 signals:
     void connected();
+    // The broker confirmed a subscription.
+    void subscribed();
     // The broker refused the connection, could not be reached, or the
     // connection was lost; the text says which.
     void connectionProblem(const QString &text);
@@ -72,6 +74,7 @@ signals:
 
 private:
     void connectNow();
+    void subscribeNow(const QByteArray &filter, int qos);
     void onConnected();
     void onProblem(const QString &text, bool connectFailed);
 
