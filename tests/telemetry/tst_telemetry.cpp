@@ -73,6 +73,10 @@ struct Subscriber {
                 out << p;
         return out;
     }
+    QByteArray last(const QByteArray &topic) const {
+        const QList<QByteArray> all = payloads(topic);
+        return all.isEmpty() ? QByteArray() : all.last();
+    }
     // The time stamps of the readings, each once, in the order they first
     // came; `outOfOrder` is set when a new one came after a later one.
     QList<QByteArray> readingTimes(bool *outOfOrder = nullptr) const {
@@ -225,10 +229,8 @@ void TestTelemetry::publishesAsRecorded() {
              recordArgs(sim, broker.url(), QStringLiteral("--sensor-id ship1 --polls 3")));
     QVERIFY(rec.finish());
     QCOMPARE(rec.process.exitCode(), 0);
-    QTRY_COMPARE_WITH_TIMEOUT(sub.payloads("nakos/ship1/status")
-                                  .value(sub.payloads("nakos/ship1/status").size() - 1)
-                                  .constData(),
-                              "{\"state\":\"offline\"}", kWaitMs);
+    QTRY_COMPARE_WITH_TIMEOUT(sub.last("nakos/ship1/status"), QByteArray("{\"state\":\"offline\"}"),
+                              kWaitMs);
 
     // Every reading of the recorder's file, field by field as the file has it.
     const QList<QByteArrayList> lines = dataLines(dir.filePath(QStringLiteral("out.txt")));
@@ -245,7 +247,7 @@ void TestTelemetry::publishesAsRecorded() {
                                   ",\"adc_meas\":" + f[7] + "}");
     }
     // The metadata the polls brought, retained; the link's counters after each poll.
-    QCOMPARE(sub.payloads("nakos/ship1/meta").value(sub.payloads("nakos/ship1/meta").size() - 1),
+    QCOMPARE(sub.last("nakos/ship1/meta"),
              "{\"sensor\":\"ship1\",\"oil_name\":\"\",\"alarm_threshold\":500,"
              "\"cal_source\":[[0.12500,150],[0.25000,300],[0.50000,600]],"
              "\"cal_table\":[[0.10000,100],[0.20000,210]]}");
