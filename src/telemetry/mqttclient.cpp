@@ -53,11 +53,23 @@ struct MqttClient::Relay {
     }
     static int messageArrived(void *context, char *topic, int topicLength,
                               MQTTAsync_message *message) {
-        const QByteArray t = topicLength > 0 ? QByteArray(topic, topicLength) : QByteArray(topic);
-        const QByteArray payload(static_cast<const char *>(message->payload), message->payloadlen);
+        Relay *r = of(context);
+        {
+            const std::lock_guard<std::mutex> guard(r->lock);
+            // A client on its way out does not take the message, so it is
+            // not acknowledged and the broker sends it again next time.
+            if (!r->client)
+                return 0;
+            const QByteArray t =
+                topicLength > 0 ? QByteArray(topic, topicLength) : QByteArray(topic);
+            const QByteArray payload(static_cast<const char *>(message->payload),
+                                     message->payloadlen);
+            MqttClient *c = r->client;
+            QMetaObject::invokeMethod(
+                c, [c, t, payload] { emit c->messageArrived(t, payload); }, Qt::QueuedConnection);
+        }
         MQTTAsync_freeMessage(&message);
         MQTTAsync_free(topic);
-        of(context)->post([t, payload](MqttClient *c) { emit c->messageArrived(t, payload); });
         return 1;
     }
     static void subscribeSucceeded(void *context, MQTTAsync_successData *) {

@@ -136,6 +136,7 @@ private slots:
     void outageAndRestart();
     void connections_data();
     void connections();
+    void collectsTheFleet();
 };
 
 void TestTelemetry::payloads_data() {
@@ -402,6 +403,45 @@ void TestTelemetry::connections() {
     QCOMPARE(rec.process.exitStatus(), QProcess::NormalExit);
     QCOMPARE(rec.process.exitCode(), 0);
     QCOMPARE(dataLines(dir.filePath(QStringLiteral("out.txt"))).size(), 3);
+}
+
+void TestTelemetry::collectsTheFleet() {
+    TestBroker broker;
+    QVERIFY(!broker.start());
+    QTemporaryDir dir;
+    Tool collect(dir.path(),
+                 {QStringLiteral("collect"), QStringLiteral("--mqtt"), broker.url(),
+                  QStringLiteral("--save-every"), QStringLiteral("1"), QStringLiteral("fleet")});
+    QByteArray said;
+    QTRY_VERIFY_WITH_TIMEOUT(
+        (said += collect.process.readAllStandardError()).count("subscribed") == 2, kWaitMs);
+
+    // Two ships, each with its own recorder.
+    SensorSimulator simA(SimOptions{.readingIntervalMs = 0, .prefill = 5, .seed = 1, .faults = {}});
+    SensorSimulator simB(SimOptions{.readingIntervalMs = 0, .prefill = 8, .seed = 2, .faults = {}});
+    QVERIFY(!simA.open() && !simB.open());
+    QTemporaryDir shipA, shipB;
+    Tool recA(shipA.path(),
+              recordArgs(simA, broker.url(), QStringLiteral("--sensor-id a --polls 2")));
+    Tool recB(shipB.path(),
+              recordArgs(simB, broker.url(), QStringLiteral("--sensor-id b --polls 2")));
+    QVERIFY(recA.finish() && recB.finish());
+    QCOMPARE(recA.process.exitCode() + recB.process.exitCode(), 0);
+
+    // Each ship's file, byte for byte, in OUTDIR/<sensor>.txt.
+    const auto bytes = [](const QString &path) {
+        QFile f(path);
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    };
+    const QByteArray a = bytes(shipA.filePath(QStringLiteral("out.txt")));
+    const QByteArray b = bytes(shipB.filePath(QStringLiteral("out.txt")));
+    QCOMPARE(dataLines(shipA.filePath(QStringLiteral("out.txt"))).size(), 5);
+    QTRY_COMPARE_WITH_TIMEOUT(bytes(dir.filePath(QStringLiteral("fleet/a.txt"))), a, kWaitMs);
+    QTRY_COMPARE_WITH_TIMEOUT(bytes(dir.filePath(QStringLiteral("fleet/b.txt"))), b, kWaitMs);
+    collect.process.terminate();
+    QVERIFY(collect.finish());
+    QCOMPARE(collect.process.exitCode(), 0);
+    QCOMPARE(bytes(dir.filePath(QStringLiteral("fleet/a.txt"))), a);
 }
 
 QTEST_GUILESS_MAIN(TestTelemetry)
