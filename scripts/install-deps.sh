@@ -10,13 +10,17 @@ packages=(
     build-essential cmake ninja-build pkg-config
     qt6-base-dev qt6-base-dev-tools qt6-serialport-dev libgl-dev
     qt6-qpa-plugins fonts-dejavu-core
+    libpaho-mqtt-dev
 )
 for option in "$@"; do
     case "$option" in
     # Extra tools for the tests and for looking at the program without a
     # desktop. poppler-utils: pdfinfo and pdftoppm read the printed PDFs
     # back; desktop-file-utils checks the desktop entry.
-    --test) packages+=(xvfb xauth clang-format poppler-utils desktop-file-utils) ;;
+    # mosquitto: the broker the telemetry tests start on a loopback port,
+    # mosquitto-clients to watch it by hand, openssl for the TLS test's CA.
+    --test) packages+=(xvfb xauth clang-format poppler-utils desktop-file-utils
+        mosquitto mosquitto-clients openssl) ;;
     # The Debian package: dpkg-shlibdeps computes its dependencies from the
     # binaries, which cpack picks out with file; systemd-analyze checks the
     # recorder's unit (scripts/check-unit.sh; no running systemd needed).

@@ -165,11 +165,11 @@ public:
     [[nodiscard]] FileResult recording_finish(const QString &fileName);
 
     // Rollover for unattended recording (off unless asked for; without it
-    // the documented full rule drops what does not fit). When a reading
-    // list brings more new readings than the store has room for, the store
-    // is first written as a native data file beside `outputFile`, named by
-    // rolloverFileName(), and emptied (MeasurementStore::rollOver); then the
-    // list enters the empty store, so no reading is dropped. An archive that
+    // the documented full rule drops what does not fit). When a new reading
+    // of a list finds the store full, the store is first written as a native
+    // data file beside `outputFile`, named by rolloverFileName(), and emptied
+    // (MeasurementStore::rollOver); then the reading enters the empty store,
+    // so none is dropped. An archive that
     // cannot be written leaves the store as it is. Empty: off again.
     void recording_setRollover(const QString &outputFile);
     // `<dir>/<OUTPUT without its extension>_<first>_<last>.txt`, the stamps

@@ -17,6 +17,7 @@
 #include "files/filedialogs.h"
 #include "session/monitorsession.h"
 #include "settings/registrykey.h"
+#include "telemetry_options.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -197,9 +198,11 @@ public:
 };
 #endif
 
-int runRecord(const QStringList &args) {
-    QString error;
-    const std::optional<RecordArgs> a = parseArgs(args, error);
+int runRecord(const QStringList &commandLine) {
+    QStringList args = commandLine;
+    RecordTelemetry telemetry;
+    QString error = telemetry.takeOptions(args);
+    const std::optional<RecordArgs> a = error.isEmpty() ? parseArgs(args, error) : std::nullopt;
     if (!a)
         return toolUsage(error, "record");
 
@@ -218,6 +221,8 @@ int runRecord(const QStringList &args) {
     else
         session.port_selectDevice(a->port);
     session.query_setInterval(a->intervalMs);
+    if (const QString failed = telemetry.attach(session, a->output); !failed.isEmpty())
+        return toolFail(failed);
 
     // Station options.
     store.setFullStampDuplicates(a->fullStamp);
@@ -249,6 +254,7 @@ int runRecord(const QStringList &args) {
         QCoreApplication::exec();
 
     printStatus(session);
+    telemetry.finish();
     const FileResult saved = session.recording_finish(a->output);
     if (saved.failed())
         return toolFail(saved.message);
@@ -256,7 +262,9 @@ int runRecord(const QStringList &args) {
 }
 
 const ToolCommand recordCommand(
-    "record", "--port DEVICE [--polls N] [--interval MS] [--full-stamp] [--rollover] OUTPUT",
+    "record",
+    "--port DEVICE [--polls N] [--interval MS] [--full-stamp] [--rollover] [--mqtt URL "
+    "[--sensor-id ID] [--mqtt-prefix P] [--mqtt-ca FILE] [--mqtt-password-file FILE]] OUTPUT",
     runRecord,
     "  --full-stamp  compare the hour too in the duplicate test. Without it a reading\n"
     "                at the same minute and second of the same day as a stored one is\n"
@@ -266,6 +274,9 @@ const ToolCommand recordCommand(
     "                OUTPUT as <OUTPUT name>_<first>_<last>.txt (time stamps as\n"
     "                yyyymmddThhmmss), empty it and go on. Without it, readings\n"
     "                beyond 130000 are dropped.\n"
+    "  --mqtt URL    also publish every reading to an MQTT broker, mqtt://[user@]host[:port]\n"
+    "                or mqtts://... (TLS); --sensor-id, --mqtt-prefix, --mqtt-ca and\n"
+    "                --mqtt-password-file (the password is never on the command line).\n"
     "  SIGUSR1 prints a status line on standard error, as the end of the run does.\n");
 
 } // namespace
