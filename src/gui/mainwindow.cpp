@@ -220,6 +220,8 @@ void MainWindow::startUp(const QString &currentDir) {
     m_charts->showCharts(chartVisibility(m_session.flags()));
 
     m_session.startUp_finish();
+    // A station that publishes to the fleet's broker does so from the start.
+    (void)m_session.telemetry_applyStation();
 }
 
 void MainWindow::placeWindow() {
@@ -240,6 +242,11 @@ void MainWindow::settings_generalSettings_command() {
 void MainWindow::settings_stationSettings_command() {
     StationSettingsDialog dialog(this);
     dialog.setSettings(m_session.stationSettings());
+    dialog.setTelemetryState(m_session.telemetryState());
+    connect(&m_session, &MonitorSession::telemetryStateChanged, &dialog,
+            &StationSettingsDialog::setTelemetryState);
+    connect(&dialog, &StationSettingsDialog::applied, &m_session,
+            &MonitorSession::settings_setStation);
     if (dialog.exec() == QDialog::Accepted)
         m_session.settings_setStation(dialog.settings());
 }

@@ -9,6 +9,7 @@
 #include "files/logimport.h"
 #include "settings/registrykey.h"
 #include "settings/startupfolders.h"
+#include "telemetry/telemetrypublisher.h"
 
 #include <QSaveFile>
 #include <QThreadPool>
@@ -75,10 +76,15 @@ void MonitorSession::settings_load() {
 }
 
 void MonitorSession::settings_setStation(const StationSettings &station) {
-    m_station = station;
+    const StationSettings before = std::exchange(m_station, station);
     if (m_store.fullStampDuplicates() != station.compareHour)
         m_store.setFullStampDuplicates(station.compareHour);
     settings::writeStation(*m_settingsKey, m_station);
+    if (before.telemetryOn != station.telemetryOn || before.mqttUrl != station.mqttUrl ||
+        before.sensorId != station.sensorId || before.mqttPrefix != station.mqttPrefix ||
+        before.mqttCaFile != station.mqttCaFile ||
+        before.mqttPasswordFile != station.mqttPasswordFile)
+        (void)telemetry_applyStation();
 }
 
 void MonitorSession::startUp_engine(const QString &currentDir) {

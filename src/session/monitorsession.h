@@ -29,6 +29,8 @@ struct LogFileRef;
 class Notifier;
 class QThreadPool;
 class RegistryKey;
+class TelemetryPublisher;
+struct TelemetryConfig;
 
 // What a session asks the user through, and how it shows progress: message
 // boxes, the local time, the file dialogs with the "Data handling" choice,
@@ -202,6 +204,19 @@ public:
     // rule); settings_setStation, the Station settings dialog's OK, applies
     // and stores them.
     const StationSettings &stationSettings() const { return m_station; }
+    // Fleet telemetry: every reading that enters the store, the link's
+    // health after every poll and the metadata whenever they change go to an
+    // MQTT broker, without ever waiting for it. telemetry_start takes the
+    // recorder's options (an empty sensor id becomes the host name and the
+    // port's device) and returns an error text, empty when it runs;
+    // telemetry_applyStation starts or stops it as the Station settings say
+    // (outbox under the data folder). telemetry_stop publishes the offline
+    // state and waits up to timeoutMs for what is in flight.
+    QString telemetry_start(TelemetryConfig config);
+    QString telemetry_applyStation();
+    void telemetry_stop(int timeoutMs = 0);
+    // "off", "connected", or what went wrong.
+    const QString &telemetryState() const { return m_telemetryState; }
     void settings_setStation(const StationSettings &station);
 
     QTimer Timer_monitorChanges;
@@ -224,6 +239,7 @@ signals:
     // A poll's "list" exchange ended (also without a port).
     void pollFinished(const PollOutcome &outcome);
     void queryStateChanged(bool running);
+    void telemetryStateChanged(const QString &state);
     // An autosave's write ended (after the mark and the title were
     // updated); failed: the last minute's file, if any, stays as it was.
     void autoSaveFinished(bool failed);
@@ -277,6 +293,8 @@ private:
     MeasurementStore &m_store;
     DisplayFlags m_flags;
     StationSettings m_station;
+    std::unique_ptr<TelemetryPublisher> m_telemetry;
+    QString m_telemetryState = QStringLiteral("off");
     std::unique_ptr<RegistryKey> m_settingsKey;
     std::unique_ptr<DataFile> m_dataFile;
     std::unique_ptr<CsvExport> m_csv;

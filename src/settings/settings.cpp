@@ -95,6 +95,19 @@ bool readStation(RegistryKey &programKey, StationSettings &station) {
     uint8_t b = 0;
     if (!key->queryByte(QStringLiteral("CompareHour"), b))
         station.compareHour = b > 0;
+    if (!key->queryByte(QStringLiteral("Telemetry"), b))
+        station.telemetryOn = b > 0;
+    const std::pair<const char *, QString *> texts[] = {
+        {"MqttUrl", &station.mqttUrl},
+        {"SensorId", &station.sensorId},
+        {"MqttPrefix", &station.mqttPrefix},
+        {"MqttCaFile", &station.mqttCaFile},
+        {"MqttPasswordFile", &station.mqttPasswordFile}};
+    for (const auto &[name, field] : texts) {
+        QString value;
+        if (!key->queryString(QLatin1String(name), 1024, value))
+            *field = value;
+    }
     key->close();
     return false;
 }
@@ -107,6 +120,12 @@ void writeStation(RegistryKey &programKey, const StationSettings &station) {
     if (key->openOrCreate())
         return;
     key->setByte(QStringLiteral("CompareHour"), station.compareHour ? 1 : 0);
+    key->setByte(QStringLiteral("Telemetry"), station.telemetryOn ? 1 : 0);
+    key->setString(QStringLiteral("MqttUrl"), station.mqttUrl);
+    key->setString(QStringLiteral("SensorId"), station.sensorId);
+    key->setString(QStringLiteral("MqttPrefix"), station.mqttPrefix);
+    key->setString(QStringLiteral("MqttCaFile"), station.mqttCaFile);
+    key->setString(QStringLiteral("MqttPasswordFile"), station.mqttPasswordFile);
     key->close();
 }
 

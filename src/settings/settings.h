@@ -25,6 +25,14 @@ struct StationSettings {
     // The duplicate test compares the hour too (MeasurementStore::
     // setFullStampDuplicates); off is the documented rule.
     bool compareHour = false;
+    // Telemetry to the fleet's MQTT broker (the Station settings dialog's
+    // "Telemetry" page; the same fields as nakos-tool record's options).
+    bool telemetryOn = false;
+    QString mqttUrl;          // mqtt://[user@]host[:port] or mqtts://...
+    QString sensorId;         // empty: host name and port
+    QString mqttPrefix;       // empty: "nakos"
+    QString mqttCaFile;       // mqtts: the authorities' PEM file
+    QString mqttPasswordFile; // the password never stands in the settings
 };
 
 namespace settings {

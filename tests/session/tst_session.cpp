@@ -101,7 +101,9 @@ void TestSession::startUp() {
     // The station settings: the documented duplicate rule until the
     // Station key says otherwise; then it holds from the next start on.
     QVERIFY(!f.store().fullStampDuplicates());
-    f.session.settings_setStation(StationSettings{true});
+    StationSettings station;
+    station.compareHour = true;
+    f.session.settings_setStation(station);
     QVERIFY(f.store().fullStampDuplicates());
     {
         SessionFixture again;

@@ -83,21 +83,31 @@ void TestSettings::firstRunWritesTheDefaults() {
     bool percent = false;
     StationSettings station;
     QVERIFY(settings::readRegistry(key, flags, percent)); // no key yet
-    settings::writeStation(key, StationSettings{true});   // not before the program's key
+    StationSettings on;
+    on.compareHour = true;
+    settings::writeStation(key, on); // not before the program's key
     QVERIFY(!QFile::exists(path()));
     settings::writeRegistry(key, flags, percent);
     settings::writeAutosavePath(key, QStringLiteral("C:\\data\\autosave\\"));
     const QByteArray documented = read(path());
     QVERIFY(settings::readStation(key, station));
-    settings::writeStation(key, StationSettings{true});
+    on.telemetryOn = true;
+    on.mqttUrl = QStringLiteral("mqtts://ship1@broker.example:8883");
+    on.mqttPasswordFile = QStringLiteral("/etc/nakos-monitor/ship1.pass");
+    settings::writeStation(key, on);
     settings::writeRegistry(key, flags, percent);
-    QCOMPARE(read(path()),
-             documented + "\r\n[" + kKey.toLatin1() + "\\Station]\r\n\"CompareHour\"=hex:01\r\n");
+    QCOMPARE(read(path()), documented + "\r\n[" + kKey.toLatin1() +
+                               "\\Station]\r\n\"CompareHour\"=hex:01\r\n\"Telemetry\"=hex:01\r\n"
+                               "\"MqttUrl\"=\"mqtts://ship1@broker.example:8883\"\r\n"
+                               "\"SensorId\"=\"\"\r\n\"MqttPrefix\"=\"\"\r\n\"MqttCaFile\"=\"\"\r\n"
+                               "\"MqttPasswordFile\"=\"/etc/nakos-monitor/ship1.pass\"\r\n");
     QVERIFY(!settings::readStation(key, station));
-    QVERIFY(station.compareHour);
-    settings::writeStation(key, StationSettings{false});
+    QVERIFY(station.compareHour && station.telemetryOn);
+    QCOMPARE(station.mqttUrl, on.mqttUrl);
+    QCOMPARE(station.mqttPasswordFile, on.mqttPasswordFile);
+    settings::writeStation(key, StationSettings());
     QVERIFY(!settings::readStation(key, station));
-    QVERIFY(!station.compareHour);
+    QVERIFY(!station.compareHour && !station.telemetryOn && station.mqttUrl.isEmpty());
     QCOMPARE(documented, regFile("\"DisplayWater\"=hex:01\r\n"
                                  "\"DisplayTemperature\"=hex:01\r\n"
                                  "\"DisplayPressure\"=hex:01\r\n"

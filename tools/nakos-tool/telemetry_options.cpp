@@ -51,37 +51,20 @@ QString RecordTelemetry::takeOptions(QStringList &args) {
 QString RecordTelemetry::attach(MonitorSession &session, const QString &output) {
     if (!m_enabled)
         return QString();
-    if (m_config.sensorId.isEmpty())
-        m_config.sensorId =
-            telemetry_defaultSensorId(QSysInfo::machineHostName(), session.link().portDevice());
+    m_session = &session;
     m_config.outboxDir = QFileInfo(output).absoluteDir().filePath(QStringLiteral("nakos-outbox"));
-    if (const QString error = telemetry_validate(m_config); !error.isEmpty())
+    if (const QString error = session.telemetry_start(m_config); !error.isEmpty())
         return QStringLiteral("record: ") + error;
-    m_publisher = std::make_unique<TelemetryPublisher>();
-    QObject::connect(m_publisher.get(), &TelemetryPublisher::stateChanged,
+    // The connection's news come later, from the client's own threads.
+    QObject::connect(&session, &MonitorSession::telemetryStateChanged,
                      [url = m_config.url](const QString &text) {
                          std::fprintf(stderr, "nakos-tool: telemetry %s: %s\n", qPrintable(url),
                                       qPrintable(text));
                      });
-    if (const QString error = m_publisher->start(m_config); !error.isEmpty())
-        return error;
-    TelemetryPublisher *publisher = m_publisher.get();
-    const MonitorSession *s = &session;
-    QObject::connect(&session, &MonitorSession::readingsAppended, publisher,
-                     [publisher, s](int first, int count) {
-                         for (int i = first; i < first + count; ++i)
-                             publisher->publishReading(s->store().dataPoints[size_t(i)]);
-                     });
-    QObject::connect(&session, &MonitorSession::metadataChanged, publisher,
-                     [publisher, s] { publisher->publishMeta(s->store()); });
-    QObject::connect(&session, &MonitorSession::pollFinished, publisher, [publisher, s] {
-        publisher->publishStatus(s->health(), s->store().dataPoint_count);
-    });
-    publisher->publishMeta(session.store());
     return QString();
 }
 
 void RecordTelemetry::finish() {
-    if (m_publisher)
-        m_publisher->stop(3000);
+    if (m_session)
+        m_session->telemetry_stop(3000);
 }

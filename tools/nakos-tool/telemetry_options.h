@@ -4,14 +4,11 @@
 
 #include <QStringList>
 
-#include <memory>
-
 class MonitorSession;
-class TelemetryPublisher;
 
 // The recorder's telemetry options (--mqtt URL [--sensor-id ID]
-// [--mqtt-prefix P] [--mqtt-ca FILE] [--mqtt-password-file FILE]) and the
-// publisher they start, fed by the session's signals.
+// [--mqtt-prefix P] [--mqtt-ca FILE] [--mqtt-password-file FILE]), handed to
+// the session's telemetry.
 class RecordTelemetry {
 public:
     RecordTelemetry();
@@ -32,5 +29,5 @@ public:
 private:
     bool m_enabled = false;
     TelemetryConfig m_config;
-    std::unique_ptr<TelemetryPublisher> m_publisher;
+    MonitorSession *m_session = nullptr;
 };

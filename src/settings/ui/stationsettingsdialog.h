@@ -6,14 +6,17 @@
 
 class QCheckBox;
 class QDialogButtonBox;
+class QLabel;
+class QLineEdit;
 class QTabWidget;
 
 // The "Station settings" dialog: the settings of an unattended recording
 // station, beyond the documented ones. Its pages sit in a tab widget, the
-// "Duplicates" page first; further pages (telemetry) are added with
-// addPage(). The dialog only shows and returns the settings: the caller
-// applies and stores them when exec() was accepted (OK); Cancel changes
-// nothing.
+// "Duplicates" page first, then "Telemetry" (the fleet's MQTT broker, with
+// the connection's state as the caller reports it); further pages are added
+// with addPage(). The dialog only shows and returns the settings: the caller
+// applies and stores them when exec() was accepted (OK) or on applied()
+// (Apply); Cancel changes nothing more.
 class StationSettingsDialog : public QDialog {
     Q_OBJECT
 public:
@@ -24,8 +27,23 @@ public:
 
     // Appends a page behind the existing ones; returns its tab index.
     int addPage(QWidget *page, const QString &title);
+    // "off", "connected", or what went wrong.
+    void setTelemetryState(const QString &state);
 
     QTabWidget *pages;
     QCheckBox *Check_compareHour;
+    QCheckBox *Check_telemetry;
+    QLineEdit *Text_mqttUrl;
+    QLineEdit *Text_sensorId;
+    QLineEdit *Text_mqttPrefix;
+    QLineEdit *Text_mqttCaFile;
+    QLineEdit *Text_mqttPasswordFile;
+    QLabel *Label_telemetryState;
     QDialogButtonBox *buttons;
+
+signals:
+    void applied(const StationSettings &station);
+
+private:
+    void addTelemetryPage();
 };
