@@ -17,24 +17,18 @@
 #include "files/filedialogs.h"
 #include "session/monitorsession.h"
 #include "settings/registrykey.h"
+#include "stopsignals.h"
 #include "telemetry_options.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QRegularExpression>
-#include <QSocketNotifier>
 
 #include <cstdio>
 #include <functional>
 #include <memory>
 #include <optional>
-
-#ifdef Q_OS_UNIX
-#include <csignal>
-#include <fcntl.h>
-#include <unistd.h>
-#endif
 
 namespace {
 
@@ -135,68 +129,6 @@ void printStatus(const MonitorSession &session) {
                  int(session.store().dataPoint_count));
 }
 
-#ifdef Q_OS_UNIX
-// Ctrl-C and SIGTERM end the event loop through a pipe, so the store is
-// written by ordinary code after the loop, not inside a signal handler.
-// SIGUSR1 goes through the same pipe and asks for the status line.
-int g_signalPipe[2] = {-1, -1};
-
-void onStopSignal(int sig) {
-    const char c = sig == SIGUSR1 ? 's' : 'x';
-    [[maybe_unused]] const ssize_t n = ::write(g_signalPipe[1], &c, 1);
-}
-
-class StopSignals {
-public:
-    explicit StopSignals(std::function<void()> status) {
-        if (::pipe(g_signalPipe) != 0)
-            return;
-        for (int fd : g_signalPipe)
-            ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) | O_NONBLOCK);
-        m_notifier = std::make_unique<QSocketNotifier>(g_signalPipe[0], QSocketNotifier::Read);
-        QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
-                         [status = std::move(status)] {
-                             char c;
-                             bool stop = false;
-                             while (::read(g_signalPipe[0], &c, 1) > 0) {
-                                 if (c == 's')
-                                     status();
-                                 else
-                                     stop = true;
-                             }
-                             if (stop)
-                                 QCoreApplication::exit(0);
-                         });
-        struct sigaction sa = {};
-        sa.sa_handler = onStopSignal;
-        sigemptyset(&sa.sa_mask);
-        ::sigaction(SIGINT, &sa, &m_oldInt);
-        ::sigaction(SIGTERM, &sa, &m_oldTerm);
-        ::sigaction(SIGUSR1, &sa, &m_oldUsr1);
-    }
-    ~StopSignals() {
-        if (!m_notifier)
-            return;
-        ::sigaction(SIGINT, &m_oldInt, nullptr);
-        ::sigaction(SIGTERM, &m_oldTerm, nullptr);
-        ::sigaction(SIGUSR1, &m_oldUsr1, nullptr);
-        m_notifier.reset();
-        ::close(g_signalPipe[0]);
-        ::close(g_signalPipe[1]);
-    }
-
-private:
-    std::unique_ptr<QSocketNotifier> m_notifier;
-    struct sigaction m_oldInt = {};
-    struct sigaction m_oldTerm = {};
-    struct sigaction m_oldUsr1 = {};
-};
-#else
-class StopSignals {
-public:
-    explicit StopSignals(std::function<void()>) {}
-};
-#endif
 
 int runRecord(const QStringList &commandLine) {
     QStringList args = commandLine;

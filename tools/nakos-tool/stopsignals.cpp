@@ -12,51 +12,62 @@ namespace {
 
 int g_pipe[2] = {-1, -1};
 
-void onStopSignal(int) {
-    const char c = 1;
+void onSignal(int sig) {
+    const char c = sig == SIGUSR1 ? 's' : 'x';
     [[maybe_unused]] const ssize_t n = ::write(g_pipe[1], &c, 1);
 }
 
-struct OldHandlers {
-    struct sigaction interrupt = {};
-    struct sigaction terminate = {};
-};
-
 } // namespace
 
-StopSignals::StopSignals() {
+struct StopSignals::Old {
+    struct sigaction interrupt = {};
+    struct sigaction terminate = {};
+    struct sigaction user1 = {};
+    bool withStatus = false;
+};
+
+StopSignals::StopSignals(std::function<void()> status) {
     if (::pipe(g_pipe) != 0)
         return;
     for (int fd : g_pipe)
         ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) | O_NONBLOCK);
     m_notifier = std::make_unique<QSocketNotifier>(g_pipe[0], QSocketNotifier::Read);
-    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [] {
-        char c;
-        while (::read(g_pipe[0], &c, 1) > 0) {
-        }
-        QCoreApplication::exit(0);
-    });
-    auto *old = new OldHandlers;
-    m_old = old;
+    m_old = std::make_unique<Old>();
+    m_old->withStatus = bool(status);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
+                     [status = std::move(status)] {
+                         char c;
+                         bool stop = false;
+                         while (::read(g_pipe[0], &c, 1) > 0) {
+                             if (c == 's')
+                                 status();
+                             else
+                                 stop = true;
+                         }
+                         if (stop)
+                             QCoreApplication::exit(0);
+                     });
     struct sigaction sa = {};
-    sa.sa_handler = onStopSignal;
+    sa.sa_handler = onSignal;
     sigemptyset(&sa.sa_mask);
-    ::sigaction(SIGINT, &sa, &old->interrupt);
-    ::sigaction(SIGTERM, &sa, &old->terminate);
+    ::sigaction(SIGINT, &sa, &m_old->interrupt);
+    ::sigaction(SIGTERM, &sa, &m_old->terminate);
+    if (m_old->withStatus)
+        ::sigaction(SIGUSR1, &sa, &m_old->user1);
 }
 
 StopSignals::~StopSignals() {
     if (!m_notifier)
         return;
-    auto *old = static_cast<OldHandlers *>(m_old);
-    ::sigaction(SIGINT, &old->interrupt, nullptr);
-    ::sigaction(SIGTERM, &old->terminate, nullptr);
-    delete old;
+    ::sigaction(SIGINT, &m_old->interrupt, nullptr);
+    ::sigaction(SIGTERM, &m_old->terminate, nullptr);
+    if (m_old->withStatus)
+        ::sigaction(SIGUSR1, &m_old->user1, nullptr);
     m_notifier.reset();
     ::close(g_pipe[0]);
     ::close(g_pipe[1]);
 }
 #else
-StopSignals::StopSignals() = default;
+StopSignals::StopSignals(std::function<void()>) {}
 StopSignals::~StopSignals() = default;
 #endif

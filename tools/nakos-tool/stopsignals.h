@@ -2,21 +2,24 @@
 
 #include <QtGlobal>
 
+#include <functional>
 #include <memory>
 
 class QSocketNotifier;
 
 // Ctrl-C and SIGTERM end the event loop through a pipe, so the work after
 // the loop (writing files) is done by ordinary code, not inside a signal
-// handler. One at a time.
+// handler. With a status function, SIGUSR1 goes through the same pipe and
+// calls it. One at a time.
 class StopSignals {
 public:
-    StopSignals();
+    explicit StopSignals(std::function<void()> status = {});
     ~StopSignals();
 
 private:
 #ifdef Q_OS_UNIX
     std::unique_ptr<QSocketNotifier> m_notifier;
-    void *m_old = nullptr; // the handlers before, restored at the end
+    struct Old;
+    std::unique_ptr<Old> m_old; // the handlers before, restored at the end
 #endif
 };

@@ -39,6 +39,7 @@ StationSettingsDialog::StationSettingsDialog(QWidget *parent) : QDialog(parent) 
     connect(buttons->button(QDialogButtonBox::Apply), &QPushButton::clicked, this,
             [this] { emit applied(settings()); });
 
+    setMinimumWidth(440); // room for a broker's address
     auto *top = new QVBoxLayout(this);
     top->addWidget(pages);
     top->addWidget(buttons);
