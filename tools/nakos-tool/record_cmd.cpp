@@ -129,7 +129,6 @@ void printStatus(const MonitorSession &session) {
                  int(session.store().dataPoint_count));
 }
 
-
 int runRecord(const QStringList &commandLine) {
     QStringList args = commandLine;
     RecordTelemetry telemetry;
