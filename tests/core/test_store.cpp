@@ -101,15 +101,15 @@ private slots:
     // the calibration tables (the session's New pins what it resets).
     void capacityAndClear() {
         auto store = std::make_unique<MeasurementStore>();
-        for (int i = 0; i < MeasurementStore::capacity - 1; ++i)
+        for (int i = 0; i < 130000 - 1; ++i)
             store->dataPoints[size_t(i)] = nth(i);
-        store->dataPoint_count = MeasurementStore::capacity - 1;
+        store->dataPoint_count = 130000 - 1;
         store->reindex();
-        QCOMPARE(store->append(nth(MeasurementStore::capacity - 1)), AppendResult::Added);
-        QCOMPARE(store->append(nth(MeasurementStore::capacity)), AppendResult::Full);
+        QCOMPARE(store->append(nth(130000 - 1)), AppendResult::Added);
+        QCOMPARE(store->append(nth(130000)), AppendResult::Full);
         QCOMPARE(store->append(nth(5)), AppendResult::Full);
         QCOMPARE(store->append(at(1999, 1, 1, 0, 0, 0)), AppendResult::Invalid);
-        QCOMPARE(store->dataPoint_count, MeasurementStore::capacity);
+        QCOMPARE(store->dataPoint_count, 130000);
 
         store->calTable.count = 2;
         store->clear();

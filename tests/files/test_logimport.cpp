@@ -179,18 +179,18 @@ void TestLogImport::limitFailureChangesNothing() {
     QCOMPARE(r.code, FileResult::Code::TooManyRecords);
     QVERIFY(r.message.contains(QStringLiteral("test.log")));
     QVERIFY(r.message.contains(QStringLiteral("200")));
-    rig.fill(MeasurementStore::capacity - 150);
+    rig.fill(130000 - 150);
     rig.store.data_changed = true;
     r = rig.run(meta + fixedLines(151), MergeMode::InsertBefore, 0);
     QCOMPARE(r.code, FileResult::Code::TooManyRecords);
-    QCOMPARE(rig.store.dataPoint_count, MeasurementStore::capacity - 150);
+    QCOMPARE(rig.store.dataPoint_count, 130000 - 150);
     QCOMPARE(rig.store.alarmThreshold, 9.0f);
     QCOMPARE(rig.store.oilName, QStringLiteral("old"));
     QCOMPARE(int(rig.store.calTable.count), 2);
     QVERIFY(rig.store.data_changed);
 
     QVERIFY(!rig.run(meta + fixedLines(150), MergeMode::InsertBefore, 150, 0).failed());
-    QCOMPARE(rig.store.dataPoint_count, MeasurementStore::capacity);
+    QCOMPARE(rig.store.dataPoint_count, 130000);
     QCOMPARE(rig.store.dataPoints[149].water, 149.0f);
     QCOMPARE(int(rig.store.calTable.count), 0); // the file had the line
 }
@@ -234,11 +234,11 @@ void TestLogImport::importLoop() {
     QVERIFY(rig.store.data_changed);
 
     // Append with 100 free points: nothing at all.
-    rig.fill(MeasurementStore::capacity - 100);
+    rig.fill(130000 - 100);
     rig.store.data_changed = false;
     run = rig.import.logFiles_import(files, MergeMode::Append, false);
     QVERIFY(run.noRoom);
-    QCOMPARE(rig.store.dataPoint_count, MeasurementStore::capacity - 100);
+    QCOMPARE(rig.store.dataPoint_count, 130000 - 100);
     QVERIFY(!rig.store.data_changed);
 
     // Room for 101, computed once: the first file fits, the second (102
@@ -246,15 +246,15 @@ void TestLogImport::importLoop() {
     // ends the run before the third.
     const LogFileRef unthinned{dir.filePath(QStringLiteral("many.log")), 0};
     QVERIFY(writeFile(unthinned.path, fixedLines(102)));
-    rig.fill(MeasurementStore::capacity - 101);
+    rig.fill(130000 - 101);
     run = rig.import.logFiles_import({files[0], unthinned, files[2]}, MergeMode::Append, false);
     QCOMPARE(run.filesImported, 1);
     QVERIFY(run.capacityFailure());
-    QCOMPARE(rig.store.dataPoint_count, MeasurementStore::capacity - 99);
+    QCOMPARE(rig.store.dataPoint_count, 130000 - 99);
     QVERIFY(rig.store.data_changed);
 
     // A run whose first file does not fit leaves the mark as it was.
-    rig.fill(MeasurementStore::capacity - 101);
+    rig.fill(130000 - 101);
     rig.store.data_changed = false;
     run = rig.import.logFiles_import({unthinned}, MergeMode::Append, false);
     QVERIFY(run.capacityFailure());

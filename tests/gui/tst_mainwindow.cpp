@@ -182,8 +182,8 @@ void TestMainWindow::exitFromInsideADrawing() {
     if (qEnvironmentVariableIsSet("NAKOS_EXIT_CHILD")) {
         MainWindowFixture f;
         f.start();
-        std::vector<DataPoint> points(size_t(MeasurementStore::capacity));
-        for (int i = 0; i < MeasurementStore::capacity; ++i) {
+        std::vector<DataPoint> points(size_t(130000));
+        for (int i = 0; i < 130000; ++i) {
             const int day = i / 86400;
             points[size_t(i)] = DataPoint{.year = 2024,
                                           .month = uint8_t(1 + day / 28),
@@ -193,7 +193,7 @@ void TestMainWindow::exitFromInsideADrawing() {
                                           .second = uint8_t(i % 60),
                                           .water = float(i % 500)};
         }
-        QVERIFY(!f.store().merge(points.data(), MeasurementStore::capacity, MergeMode::Replace));
+        QVERIFY(!f.store().merge(points.data(), 130000, MergeMode::Replace));
         std::printf("drawing\n"); // left in the buffer of a pipe
         QTimer::singleShot(0, f.window.file_exit, &QAction::trigger);
         f.session.display_data();

@@ -39,8 +39,7 @@ void TestPanelStats::texts_data() {
         << QStringLiteral("2024-03-05 04:02:01  -  2024-03-05 04:02:01");
     QTest::newRow("two, year 987") << 2 << 987 << QStringLiteral("2 data points in memory")
                                    << QStringLiteral("0987-03-05 04:02:01  -  2024-03-05 04:02:02");
-    QTest::newRow("full") << MeasurementStore::capacity << 2024
-                          << QStringLiteral("DATA POINT MEMORY FULL!")
+    QTest::newRow("full") << 130000 << 2024 << QStringLiteral("DATA POINT MEMORY FULL!")
                           << QStringLiteral("2024-03-05 04:02:01  -  2024-03-05 04:02:59");
 }
 
@@ -68,8 +67,7 @@ void TestPanelStats::ports() {
     QCOMPARE(panel::portEntry(7), QStringLiteral("COM 7"));
     QCOMPARE(panel::portFromIndex(6), int16_t(7));
     QCOMPARE(panel::portFromIndex(-1), int16_t(0)); // nothing selected
-    QCOMPARE(panel::countText(MeasurementStore::capacity - 1),
-             QStringLiteral("129999 data points in memory"));
+    QCOMPARE(panel::countText(130000 - 1), QStringLiteral("129999 data points in memory"));
 }
 
 namespace {

@@ -203,7 +203,7 @@ void TestSession::open_data() {
     QTest::addColumn<bool>("running"); // the autosave afterwards
 
     const QString small = testData("small.txt");
-    const int full = MeasurementStore::capacity - 2;
+    const int full = 130000 - 2;
     QTest::newRow("file dialog cancelled") << QString() << 1 << 3 << 3 << false << false << false;
     QTest::newRow("data handling cancelled") << small << 0 << 3 << 3 << false << true << true;
     QTest::newRow("replace") << small << 1 << 3 << 3 << false << true << true;
@@ -309,7 +309,7 @@ void TestSession::imports_data() {
     QTest::addColumn<QString>("message");
 
     // Three daily logs, 24 readings each, from 5 March 2024 on.
-    const int room100 = MeasurementStore::capacity - 100;
+    const int room100 = 130000 - 100;
     QTest::newRow("import, replace")
         << u"import"_s << u"NAKOS435.log"_s << 1 << 3 << 24 << QString();
     QTest::newRow("import, append with room 100")
@@ -383,11 +383,11 @@ void TestSession::chainThatDoesNotFit() {
     logs.intervalSeconds = 1800;
     QString error;
     QCOMPARE(writeSimLogs(logs, &error).size(), 4);
-    holdSavedPoints(f.store(), MeasurementStore::capacity - 101);
+    holdSavedPoints(f.store(), 130000 - 101);
     f.dialogs.modeAnswers << int16_t(3);
     f.dialogs.fileAnswers << logs.folder + u"/NAKOS435.log"_s;
     f.session.file_importChain();
-    QCOMPARE(f.store().dataPoint_count, MeasurementStore::capacity - 101 + 96);
+    QCOMPARE(f.store().dataPoint_count, 130000 - 101 + 96);
     QCOMPARE(f.notifier.shown.size(), 1);
     QCOMPARE(f.notifier.shown[0].text,
              u"2 of 4 files were imported: \"NAKOS435.log\", \"NAKOS436.log\". \"NAKOS437.log\" "
@@ -408,7 +408,7 @@ void TestSession::autosave() {
     QCOMPARE(name, f.store().path_autosave + u"NAK_OS_autosave_20240305_142210.txt"_s);
     QSignalSpy written(&f.session, &MonitorSession::autoSaveFinished);
     const auto minute = [&] {
-        for (int i = 0; i < AutoSave::ticksPerSave; ++i)
+        for (int i = 0; i < 6; ++i)
             autoSave.tick();
     };
     minute();
@@ -491,7 +491,7 @@ void TestSession::commandLineFiles_data() {
     QTest::addColumn<int>("messages"); // told through the notifier
     QTest::addColumn<int>("unread");   // lines for standard error
     const QString small = u"small.txt"_s;
-    const int big = MeasurementStore::capacity - 2;
+    const int big = 130000 - 2;
     QTest::newRow("data file, then a log")
         << QStringList{small, u"logs/NAKOS435.log"_s} << 27 << small << true << 0 << 0;
     QTest::newRow("log, then a data file")
@@ -513,7 +513,7 @@ void TestSession::commandLineFiles() {
     };
     if (files.first() == u"big.txt"_s) { // a reading a second from 1 January 2024 on
         MeasurementStore &s = f.store();
-        s.dataPoint_count = MeasurementStore::capacity - 2;
+        s.dataPoint_count = 130000 - 2;
         for (int i = 0; i < s.dataPoint_count; ++i)
             s.dataPoints[size_t(i)] = DataPoint{.year = 2024,
                                                 .month = 1,
