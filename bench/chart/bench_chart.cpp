@@ -11,6 +11,7 @@
 #include "chart/displayfill.h"
 #include "chart/ui/chartset.h"
 #include "chart/ui/dataview.h"
+#include "common/benchapp.h"
 #include "common/benchstore.h"
 #include "core/store.h"
 #include "support/sessionfixture.h"
@@ -99,12 +100,9 @@ Times benchWindows(ChartSet &set, int runs) {
 } // namespace
 
 int main(int argc, char **argv) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    benchUseOffscreen();
     QApplication app(argc, argv);
-    const int runs = qEnvironmentVariableIntValue("BENCH_RUNS") > 0
-                         ? qEnvironmentVariableIntValue("BENCH_RUNS")
-                         : 21;
+    const int runs = benchRuns(21);
     SessionFixture fixture;
     MeasurementStore *store = &fixture.store();
 

@@ -13,6 +13,7 @@
 #include "chart/displayfill.h"
 #include "chart/ui/chartset.h"
 #include "chart/ui/dataview.h"
+#include "common/benchapp.h"
 #include "common/benchstore.h"
 #include "core/store.h"
 #include "files/datafile.h"
@@ -88,12 +89,9 @@ void printRow(const Row &row) {
 } // namespace
 
 int main(int argc, char **argv) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    benchUseOffscreen();
     QApplication app(argc, argv);
-    const int runs = qEnvironmentVariableIntValue("BENCH_RUNS") > 0
-                         ? qEnvironmentVariableIntValue("BENCH_RUNS")
-                         : 20;
+    const int runs = benchRuns(20);
     clockNs.start();
 
     SessionFixture f;

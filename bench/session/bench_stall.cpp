@@ -18,6 +18,7 @@
 // and worst) and the stretches of the worst run. Run it from a
 // Release or RelWithDebInfo build; BENCH_RUNS sets the number of runs (10).
 #include "chart/ui/chartset.h"
+#include "common/benchapp.h"
 #include "common/benchstore.h"
 #include "core/store.h"
 #include "sensorsim.h"
@@ -122,12 +123,9 @@ private:
 } // namespace
 
 int main(int argc, char **argv) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    benchUseOffscreen();
     QApplication app(argc, argv);
-    const int runs = qEnvironmentVariableIntValue("BENCH_RUNS") > 0
-                         ? qEnvironmentVariableIntValue("BENCH_RUNS")
-                         : 10;
+    const int runs = benchRuns(10);
     clockNs.start();
 
     // The sensor, in a thread of its own, with 1000 readings logged.

@@ -313,3 +313,13 @@ void MqttClient::stop(int timeoutMs) {
     MQTTAsync_destroy(&handle);
     m_connected = false;
 }
+
+MqttOptions mqttOptionsFor(const TelemetryConfig &config) {
+    MqttOptions options;
+    options.serverUri = config.serverUri();
+    options.clientId = config.clientId;
+    options.user = config.user;
+    options.password = config.password;
+    options.caFile = config.caFile;
+    return options;
+}

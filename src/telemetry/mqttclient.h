@@ -1,5 +1,7 @@
 #pragma once
 
+#include "telemetry/telemetryconfig.h"
+
 #include <QByteArray>
 #include <QObject>
 #include <QString>
@@ -20,6 +22,10 @@ struct MqttOptions {
     QByteArray willTopic; // empty: no last will
     QByteArray willPayload;
 };
+
+// The connection a telemetry configuration names: broker, client id, user,
+// password and certificate authorities; the rest as the caller needs it.
+MqttOptions mqttOptionsFor(const TelemetryConfig &config);
 
 // One MQTT connection over Eclipse Paho's asynchronous client. Paho runs
 // its own threads and calls back on them; every callback is handed to the

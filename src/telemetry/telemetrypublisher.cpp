@@ -17,12 +17,7 @@ QString TelemetryPublisher::start(const TelemetryConfig &config) {
     m_readingTopic = config.topic(QStringLiteral("reading")).toUtf8();
     m_statusTopic = config.topic(QStringLiteral("status")).toUtf8();
     m_metaTopic = config.topic(QStringLiteral("meta")).toUtf8();
-    MqttOptions options;
-    options.serverUri = config.serverUri();
-    options.clientId = config.clientId;
-    options.user = config.user;
-    options.password = config.password;
-    options.caFile = config.caFile;
+    MqttOptions options = mqttOptionsFor(config);
     options.persistDir = config.outboxDir;
     options.willTopic = m_statusTopic;
     options.willPayload = telemetry_offlineJson();

@@ -199,12 +199,7 @@ int runCollect(const QStringList &args) {
     QObject::connect(&client, &MqttClient::subscribed, [&] { say(QStringLiteral("subscribed")); });
     client.subscribe((config.prefix + QStringLiteral("/+/reading")).toUtf8(), 1);
     client.subscribe((config.prefix + QStringLiteral("/+/meta")).toUtf8(), 1);
-    MqttOptions options;
-    options.serverUri = config.serverUri();
-    options.clientId = config.clientId;
-    options.user = config.user;
-    options.password = config.password;
-    options.caFile = config.caFile;
+    MqttOptions options = mqttOptionsFor(config);
     options.cleanSession = false;
     if (const QString error = client.start(options); !error.isEmpty())
         return toolFail(QStringLiteral("collect: ") + error);
