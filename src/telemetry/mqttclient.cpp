@@ -2,7 +2,6 @@
 
 #include <MQTTAsync.h>
 
-#include <QDir>
 #include <QFile>
 #include <QMetaObject>
 #include <QTimer>
@@ -75,8 +74,8 @@ struct MqttClient::Relay {
     static void subscribeSucceeded(void *context, MQTTAsync_successData *) {
         of(context)->post([](MqttClient *c) { emit c->subscribed(); });
     }
-    static void deliveryComplete(void *context, MQTTAsync_token) {
-        of(context)->post([](MqttClient *c) { emit c->delivered(); });
+    static void deliveryComplete(void *context, MQTTAsync_token token) {
+        of(context)->post([token](MqttClient *c) { emit c->delivered(token); });
     }
     static void disconnectEnded(void *context) {
         Relay *r = of(context);
@@ -144,21 +143,14 @@ QString MqttClient::start(const MqttOptions &options) {
     m_user = options.user.toUtf8();
     m_password = options.password.toUtf8();
     m_ca = QFile::encodeName(options.caFile);
-    m_persist = QFile::encodeName(options.persistDir);
-    if (!options.persistDir.isEmpty() && !QDir().mkpath(options.persistDir))
-        return QStringLiteral("cannot make the outbox folder %1").arg(options.persistDir);
 
     MQTTAsync_createOptions create = MQTTAsync_createOptions_initializer;
     create.sendWhileDisconnected = 1;
     create.allowDisconnectedSendAtAnyTime = 1;
     create.maxBufferedMessages = options.maxBuffered;
-    create.restoreMessages = 1;
-    create.persistQoS0 = 0;
     MQTTAsync handle = nullptr;
-    const int rc = MQTTAsync_createWithOptions(
-        &handle, m_uri.constData(), m_id.constData(),
-        options.persistDir.isEmpty() ? MQTTCLIENT_PERSISTENCE_NONE : MQTTCLIENT_PERSISTENCE_DEFAULT,
-        options.persistDir.isEmpty() ? nullptr : m_persist.data(), &create);
+    const int rc = MQTTAsync_createWithOptions(&handle, m_uri.constData(), m_id.constData(),
+                                               MQTTCLIENT_PERSISTENCE_NONE, nullptr, &create);
     if (rc != MQTTASYNC_SUCCESS)
         return QStringLiteral("cannot create the MQTT client for %1 (%2)")
             .arg(options.serverUri, QString::fromUtf8(MQTTAsync_strerror(rc)));
@@ -249,8 +241,8 @@ void MqttClient::onProblem(const QString &text, bool connectFailed) {
         emit connectionProblem(text);
 }
 
-bool MqttClient::publish(const QByteArray &topic, const QByteArray &payload, int qos,
-                         bool retained) {
+bool MqttClient::publish(const QByteArray &topic, const QByteArray &payload, int qos, bool retained,
+                         int *token) {
     if (!m_handle)
         return true;
     MQTTAsync_message message = MQTTAsync_message_initializer;
@@ -259,7 +251,11 @@ bool MqttClient::publish(const QByteArray &topic, const QByteArray &payload, int
     message.qos = qos;
     message.retained = retained ? 1 : 0;
     MQTTAsync_responseOptions ro = MQTTAsync_responseOptions_initializer;
-    return MQTTAsync_sendMessage(m_handle, topic.constData(), &message, &ro) != MQTTASYNC_SUCCESS;
+    if (MQTTAsync_sendMessage(m_handle, topic.constData(), &message, &ro) != MQTTASYNC_SUCCESS)
+        return true;
+    if (token)
+        *token = ro.token;
+    return false;
 }
 
 void MqttClient::subscribe(const QByteArray &filter, int qos) {

@@ -14,10 +14,9 @@ struct MqttOptions {
     QString clientId;
     QString user;
     QString password;
-    QString caFile;     // ssl: the certificate authorities to trust (PEM)
-    QString persistDir; // the outbox folder; empty: in memory only
+    QString caFile; // ssl: the certificate authorities to trust (PEM)
     bool cleanSession = false;
-    int maxBuffered = 50000; // messages held while the broker is away
+    int maxBuffered = 1000; // messages held in memory while the broker is away
     int keepAliveSeconds = 20;
     QByteArray willTopic; // empty: no last will
     QByteArray willPayload;
@@ -35,22 +34,24 @@ MqttOptions mqttOptionsFor(const TelemetryConfig &config);
 //
 // Connecting goes on in the background: a first connection that fails is
 // tried again (1 s, doubling to 8 s); a connection lost later is restored
-// by Paho's automatic reconnect. Messages published meanwhile wait in the
-// outbox (Paho's file persistence), also across a restart of the program
-// with the same client id: QoS 1 with a persistent session.
+// by Paho's automatic reconnect. Messages published meanwhile wait in
+// memory (up to maxBuffered); QoS 1 messages in flight when a connection is
+// lost are sent again on the next one (a persistent session). What must
+// survive the process is kept by the caller (TelemetryOutbox).
 class MqttClient : public QObject {
     Q_OBJECT
 public:
     explicit MqttClient(QObject *parent = nullptr);
     ~MqttClient() override;
 
-    // Creates the client, restoring what its outbox still holds, and starts
-    // connecting. Returns an error text, empty on success.
+    // Creates the client and starts connecting. Returns an error text, empty on success.
     QString start(const MqttOptions &options);
 
     // Queues a message; it goes out as soon as the broker is reachable.
-    // True (failed) when it was refused: not started, or the outbox full.
-    bool publish(const QByteArray &topic, const QByteArray &payload, int qos, bool retained);
+    // True (failed) when it was refused: not started, or too many waiting.
+    // `token` gets what delivered() will name it by (QoS 1).
+    bool publish(const QByteArray &topic, const QByteArray &payload, int qos, bool retained,
+                 int *token = nullptr);
 
     // Subscribes now and after every new connection.
     void subscribe(const QByteArray &filter, int qos);
@@ -62,8 +63,7 @@ public:
     QString stateText() const { return m_state; }
 
     // Disconnects, giving messages in flight up to timeoutMs to be
-    // acknowledged, and waits for that; what is still queued stays in the
-    // outbox for the next start.
+    // acknowledged, and waits for that; what is still queued is dropped.
     void stop(int timeoutMs);
 
     struct Relay;
@@ -76,7 +76,8 @@ signals:
     // connection was lost; the text says which.
     void connectionProblem(const QString &text);
     void messageArrived(const QByteArray &topic, const QByteArray &payload);
-    void delivered();
+    // The broker acknowledged the QoS 1 message publish() named `token`.
+    void delivered(int token);
 
 private:
     void connectNow();
@@ -87,7 +88,7 @@ private:
     MqttOptions m_options;
     void *m_handle = nullptr;
     Relay *m_relay = nullptr; // kept to the end of the process, see mqttclient.cpp
-    QByteArray m_uri, m_id, m_user, m_password, m_ca, m_persist;
+    QByteArray m_uri, m_id, m_user, m_password, m_ca;
     QList<QPair<QByteArray, int>> m_subscriptions;
     bool m_connected = false;
     bool m_everConnected = false;
