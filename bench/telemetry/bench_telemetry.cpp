@@ -40,14 +40,25 @@ double percentile(std::vector<double> v, double q) {
     return v[std::min(v.size() - 1, size_t(q * double(v.size() - 1) + 0.5))];
 }
 
-qint64 rssKb(qint64 pid) {
-    QFile f(QStringLiteral("/proc/%1/status").arg(pid));
+// A field in kB of /proc/PID/status (VmRSS:) or smaps_rollup (Pss:).
+qint64 procKb(qint64 pid, const char *file, const QByteArray &field) {
+    QFile f(QStringLiteral("/proc/%1/%2").arg(pid).arg(QLatin1String(file)));
     if (!f.open(QIODevice::ReadOnly))
         return 0;
     for (const QByteArray &line : f.readAll().split('\n'))
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').first().toLongLong();
+        if (line.startsWith(field))
+            return line.mid(field.size()).trimmed().split(' ').first().toLongLong();
     return 0;
+}
+
+qint64 rssKb(qint64 pid) {
+    return procKb(pid, "status", "VmRSS:");
+}
+
+// The process's share of its pages: what it costs beside others that map
+// the same libraries.
+qint64 pssKb(qint64 pid) {
+    return procKb(pid, "smaps_rollup", "Pss:");
 }
 
 QPair<qint64, qint64> diskUse(const QString &dir) {
@@ -270,9 +281,11 @@ int fleet(int sensors, int seconds) {
     QElapsedTimer t;
     t.start();
     QTest::qWait(seconds * 1000);
-    std::vector<double> rss;
-    for (auto &r : recs)
+    std::vector<double> rss, pss;
+    for (auto &r : recs) {
         rss.push_back(double(rssKb(r->processId())) / 1024);
+        pss.push_back(double(pssKb(r->processId())) / 1024);
+    }
     const qint64 collectRss = rssKb(collect.processId());
     for (auto &r : recs)
         r->terminate();
@@ -316,9 +329,13 @@ int fleet(int sensors, int seconds) {
                 "seconds, to the subscriber): median %.0f ms, p99 %.0f ms\n",
                 double(seen.size()) / runSeconds, percentile(endToEnd, 0.5),
                 percentile(endToEnd, 0.99));
-    std::printf("fleet: recorder memory (RSS) mean %.1f MB, max %.1f MB; collect %.1f MB\n",
-                rss.empty() ? 0 : std::accumulate(rss.begin(), rss.end(), 0.0) / double(rss.size()),
-                percentile(rss, 1.0), double(collectRss) / 1024);
+    const auto mean = [](const std::vector<double> &v) {
+        return v.empty() ? 0 : std::accumulate(v.begin(), v.end(), 0.0) / double(v.size());
+    };
+    std::printf("fleet: recorder memory: RSS mean %.1f MB, max %.1f MB (shared libraries "
+                "counted whole); PSS mean %.1f MB, max %.1f MB; collect RSS %.1f MB\n",
+                mean(rss), percentile(rss, 1.0), mean(pss), percentile(pss, 1.0),
+                double(collectRss) / 1024);
     return 0;
 }
 

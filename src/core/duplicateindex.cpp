@@ -7,7 +7,7 @@ DuplicateIndex::DuplicateIndex(int capacity, Rule rule) : m_rule(rule) {
     // Keep the load factor at or below one half for short probe runs.
     while (size < size_t(capacity) * 2)
         size <<= 1;
-    m_slots.assign(size, kEmpty);
+    m_slots.resize(size);
     m_mask = size - 1;
 }
 
@@ -28,7 +28,7 @@ void DuplicateIndex::setRule(Rule rule) {
 }
 
 bool DuplicateIndex::contains(const DataPoint &p) const {
-    const uint64_t key = keyFor(p);
+    const uint64_t key = keyFor(p) + 1;
     for (size_t i = slotOf(key);; i = (i + 1) & m_mask) {
         if (m_slots[i] == key)
             return true;
@@ -38,19 +38,24 @@ bool DuplicateIndex::contains(const DataPoint &p) const {
 }
 
 void DuplicateIndex::insert(const DataPoint &p) {
-    const uint64_t key = keyFor(p);
+    const uint64_t key = keyFor(p) + 1;
     for (size_t i = slotOf(key);; i = (i + 1) & m_mask) {
         if (m_slots[i] == key)
             return;
         if (m_slots[i] == kEmpty) {
             m_slots[i] = key;
+            ++m_used;
             return;
         }
     }
 }
 
 void DuplicateIndex::clear() {
-    std::fill(m_slots.begin(), m_slots.end(), kEmpty);
+    if (m_used == 0)
+        return;
+    // A fresh table rather than a fill: its pages go back to the system.
+    decltype(m_slots)(m_slots.size()).swap(m_slots);
+    m_used = 0;
 }
 
 void DuplicateIndex::rebuild(const DataPoint *points, int count) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/datapoint.h"
+#include "core/zeroallocator.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -14,7 +15,8 @@
 // rebuilds it from its points.
 //
 // Open addressing with linear probing over a table sized once for the
-// store's capacity, so inserting during measurement never allocates.
+// store's capacity, so inserting during measurement never allocates. A slot
+// holds its key plus one; 0 is empty, so an empty table is zero pages.
 class DuplicateIndex {
 public:
     enum class Rule {
@@ -44,10 +46,11 @@ public:
     void rebuild(const DataPoint *points, int count);
 
 private:
-    static constexpr uint64_t kEmpty = ~uint64_t(0);
+    static constexpr uint64_t kEmpty = 0;
     size_t slotOf(uint64_t key) const;
 
-    std::vector<uint64_t> m_slots;
+    std::vector<uint64_t, ZeroAllocator<uint64_t>> m_slots;
     size_t m_mask = 0;
+    size_t m_used = 0; // keys inserted since the last clear
     Rule m_rule = Rule::HourIgnored;
 };

@@ -1,6 +1,12 @@
 #include "core/store.h"
 
 #include <algorithm>
+#include <type_traits>
+
+// The store's points come zeroed from ZeroAllocator, unconstructed: a
+// DataPoint must be a plain aggregate whose all-zero bytes are its default.
+static_assert(std::is_aggregate_v<DataPoint> && std::is_trivially_copyable_v<DataPoint> &&
+              std::is_trivially_destructible_v<DataPoint>);
 
 MeasurementStore::MeasurementStore() : dataPoints(capacity), m_index(capacity) {}
 
@@ -23,6 +29,7 @@ void MeasurementStore::clear() {
     fileName_current.clear();
     data_changed = false;
     alarmThreshold = -1.0f;
+    alarmDelay = -1.0f;
     m_index.clear();
     m_archived.reset();
 }

@@ -72,7 +72,7 @@ public:
     void rollOver();
 
     // "New" and start-up: count 0, no file name, not changed, no alarm
-    // threshold. Points and calibration tables are left as they are; the
+    // threshold nor delay. Points and calibration tables are left as they are; the
     // oil name is the caller's business (it goes through the control panel).
     void clear();
 
@@ -86,12 +86,16 @@ public:
     // Rebuilds the duplicate index after dataPoints[] was written directly.
     void reindex();
 
-    std::vector<DataPoint> dataPoints; // always capacity entries
+    // Always capacity entries; pages never written take no memory.
+    std::vector<DataPoint, ZeroAllocator<DataPoint>> dataPoints;
     int32_t dataPoint_count = 0;
     bool data_changed = false;
     QString fileName_current;
     QString oilName;
     float alarmThreshold = -1.0f;
+    // The sensor's alarm delay as its last alarm reply gave it (-1: none).
+    // Only the fleet's meta message carries it; no file, print or chart does.
+    float alarmDelay = -1.0f;
     CalTable calSource;
     CalTable calTable;
     int16_t stream_selected = 0;

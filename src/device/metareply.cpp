@@ -80,9 +80,11 @@ bool applyAlarmReply(QByteArrayView reply, MeasurementStore &store) {
         bool hasDelay = false;
         const float value =
             str_toSingle(valueAfterKey(line, "ALARMVALUE", isAlarmValueChar, hasValue));
-        valueAfterKey(line, "ALARMDELAY", isAlarmValueChar, hasDelay);
+        const float delay =
+            str_toSingle(valueAfterKey(line, "ALARMDELAY", isAlarmValueChar, hasDelay));
         if (hasValue && hasDelay) {
             store.alarmThreshold = value;
+            store.alarmDelay = delay;
             set = true;
         }
     }

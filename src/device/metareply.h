@@ -12,8 +12,9 @@ class MeasurementStore;
 
 // "alarmlimit get": a line holding both ALARMVALUE and ALARMDELAY sets
 // store.alarmThreshold to the ALARMVALUE number; when several lines do, the
-// last one wins. The delay is read but kept nowhere. Returns true when the
-// threshold was set.
+// last one wins. The line's ALARMDELAY number goes to store.alarmDelay,
+// which only the fleet's meta message uses. Returns true when the threshold
+// was set.
 bool applyAlarmReply(QByteArrayView reply, MeasurementStore &store);
 
 // "calibration get": a line with "SOURCE" starts the source table, one with

@@ -25,8 +25,7 @@ struct DataFileSnapshot {
     CalTable calSource;
     CalTable calTable;
 
-    // Copies the store's points and metadata (the room of `points` is kept
-    // from one copy to the next).
+    // Copies the store's points and metadata.
     void take(const MeasurementStore &store);
     // True when the store still holds exactly what was taken, so a file
     // written from the copy stands for the store.

@@ -283,6 +283,7 @@ private:
     struct Metadata {
         QString oilName;
         float alarmThreshold = -1.0f;
+        float alarmDelay = -1.0f;
         CalTable calSource;
         CalTable calTable;
         bool operator==(const Metadata &other) const;

@@ -192,6 +192,11 @@ QByteArray telemetry_metaJson(const QString &sensor, const MeasurementStore &sto
         out += "null";
     else
         appendNumber(out, store.alarmThreshold, 0);
+    appendKey(out, "alarm_delay");
+    if (store.alarmDelay < 0)
+        out += "null";
+    else
+        appendNumber(out, store.alarmDelay, 0);
     appendKey(out, "cal_source");
     appendTable(out, store.calSource);
     appendKey(out, "cal_table");
@@ -204,13 +209,16 @@ bool telemetry_parseMeta(QByteArrayView json, MeasurementStore &store) {
     const QJsonObject o = QJsonDocument::fromJson(json.toByteArray()).object();
     const QJsonValue oil = o.value(QLatin1String("oil_name"));
     const QJsonValue alarm = o.value(QLatin1String("alarm_threshold"));
+    const QJsonValue delay = o.value(QLatin1String("alarm_delay")); // may be missing
     CalTable source, table;
     if (!oil.isString() || !(alarm.isNull() || alarm.isDouble()) ||
+        !(delay.isNull() || delay.isUndefined() || delay.isDouble()) ||
         readTable(o.value(QLatin1String("cal_source")), source) ||
         readTable(o.value(QLatin1String("cal_table")), table))
         return true;
     store.oilName = oil.toString();
     store.alarmThreshold = alarm.isNull() ? -1.0f : float(alarm.toDouble());
+    store.alarmDelay = delay.isDouble() ? float(delay.toDouble()) : -1.0f;
     store.calSource = source;
     store.calTable = table;
     return false;

@@ -204,31 +204,32 @@ void TestReplyParsers::listReply() {
 void TestReplyParsers::metaReply_data() {
     QTest::addColumn<QByteArray>("reply");
     QTest::addColumn<float>("threshold");
+    QTest::addColumn<float>("delay");
     QTest::addColumn<QString>("source");
     QTest::addColumn<QString>("table");
 
-    const auto row = [](const char *name, const QByteArray &reply, float threshold,
+    const auto row = [](const char *name, const QByteArray &reply, float threshold, float delay,
                         const char *source = "9:90;8:80", const char *table = "7:70") {
-        QTest::newRow(name) << reply << threshold << QString::fromLatin1(source)
+        QTest::newRow(name) << reply << threshold << delay << QString::fromLatin1(source)
                             << QString::fromLatin1(table);
     };
     const auto cal = [&row](const char *name, const QByteArray &reply, const char *source,
-                            const char *table) { row(name, reply, -1.f, source, table); };
-    row("echo and limit line", "alarmlimit get\r\nALARMVALUE 500 ALARMDELAY 10\r\n", 500.f);
-    row("delay missing", "ALARMVALUE 350\r\n", -1.f);
-    row("value missing", "ALARMDELAY 350\r\n", -1.f);
-    row("decimal comma, keys swapped", "ALARMDELAY 3 ALARMVALUE 12,5\r\n", 12.5f);
+                            const char *table) { row(name, reply, -1.f, -1.f, source, table); };
+    row("echo and limit line", "alarmlimit get\r\nALARMVALUE 500 ALARMDELAY 10\r\n", 500.f, 10.f);
+    row("delay missing", "ALARMVALUE 350\r\n", -1.f, -1.f);
+    row("value missing", "ALARMDELAY 350\r\n", -1.f, -1.f);
+    row("decimal comma, keys swapped", "ALARMDELAY 3 ALARMVALUE 12,5\r\n", 12.5f, 3.f);
     row("last valid line wins",
-        "ALARMVALUE 1 ALARMDELAY 1\r\nALARMVALUE 2 ALARMDELAY 1\r\nALARMVALUE 3\r\n", 2.f);
-    row("lower case, negative", "alarmvalue -7.25 alarmdelay 1\r\n", -7.25f);
-    row("unreadable value reads 0", "ALARMVALUE OFF ALARMDELAY 1\r\n", 0.f);
-    row("line without CR ignored", "alarmlimit get\r\nALARMVALUE 500 ALARMDELAY 10", -1.f);
-    row("LF line ends only", "ALARMVALUE 500 ALARMDELAY 10\n", -1.f);
-    row("empty reply", "", -1.f);
+        "ALARMVALUE 1 ALARMDELAY 1\r\nALARMVALUE 2 ALARMDELAY 5\r\nALARMVALUE 3\r\n", 2.f, 5.f);
+    row("lower case, negative", "alarmvalue -7.25 alarmdelay 1\r\n", -7.25f, 1.f);
+    row("unreadable value reads 0", "ALARMVALUE OFF ALARMDELAY 1\r\n", 0.f, 1.f);
+    row("line without CR ignored", "alarmlimit get\r\nALARMVALUE 500 ALARMDELAY 10", -1.f, -1.f);
+    row("LF line ends only", "ALARMVALUE 500 ALARMDELAY 10\n", -1.f, -1.f);
+    row("empty reply", "", -1.f, -1.f);
     cal("source and table",
         "calibration get\r\nCAL SOURCE\r\n0.125\t150\r\n0.25\t300\r\nCAL TABLE\r\n0.5\t600\r\n",
         "0.125:150;0.25:300", "0.5:600");
-    row("no heading leaves both", "calibration get\r\n0.5\t600\r\n", -1.f);
+    row("no heading leaves both", "calibration get\r\n0.5\t600\r\n", -1.f, -1.f);
     cal("only a table heading clears the source too", "CAL TABLE\r\n1\t10\r\n", "", "1:10");
     cal("heading without CAL", "SOURCE\r\n1\t10\r\n", "1:10", "");
     cal("table before source, cleared once",
@@ -256,6 +257,7 @@ void TestReplyParsers::metaReply_data() {
 void TestReplyParsers::metaReply() {
     QFETCH(QByteArray, reply);
     QFETCH(float, threshold);
+    QFETCH(float, delay);
     QFETCH(QString, source);
     QFETCH(QString, table);
 
@@ -264,6 +266,7 @@ void TestReplyParsers::metaReply() {
     store->calTable = CalTable{{{7, 70}}, 1};
     QCOMPARE(applyAlarmReply(reply, *store), threshold != -1.f);
     QCOMPARE(store->alarmThreshold, threshold);
+    QCOMPARE(store->alarmDelay, delay);
     QCOMPARE(applyCalibrationReply(reply, *store), source != QLatin1String("9:90;8:80"));
     QCOMPARE(tableText(store->calSource), source);
     QCOMPARE(tableText(store->calTable), table);

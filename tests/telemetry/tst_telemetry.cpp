@@ -149,12 +149,14 @@ void TestTelemetry::payloads_data() {
                       "\"stream\":1,\"adc_ref\":2345,\"adc_meas\":2100}");
     QTest::newRow("meta") << QByteArray("meta")
                           << QByteArray("{\"sensor\":\"ship1\",\"oil_name\":\"Shell \\\"T\\\"\","
-                                        "\"alarm_threshold\":500,\"cal_source\":[[0.12500,150]],"
+                                        "\"alarm_threshold\":500,\"alarm_delay\":10,"
+                                        "\"cal_source\":[[0.12500,150]],"
                                         "\"cal_table\":[]}");
     QTest::newRow("meta without threshold")
         << QByteArray("meta none")
         << QByteArray("{\"sensor\":\"ship1\",\"oil_name\":\"Shell \\\"T\\\"\","
-                      "\"alarm_threshold\":null,\"cal_source\":[[0.12500,150]],\"cal_table\":[]}");
+                      "\"alarm_threshold\":null,\"alarm_delay\":null,\"cal_source\":[[0.12500,150]],"
+                      "\"cal_table\":[]}");
 }
 
 void TestTelemetry::payloads() {
@@ -173,6 +175,7 @@ void TestTelemetry::payloads() {
     auto store = std::make_unique<MeasurementStore>();
     store->oilName = QStringLiteral("Shell \"T\"");
     store->alarmThreshold = kind == "meta" ? 500.0f : -1.0f;
+    store->alarmDelay = kind == "meta" ? 10.0f : -1.0f;
     store->calSource.pairs[0] = {0.125f, 150.0f};
     store->calSource.count = 1;
     QCOMPARE(telemetry_metaJson(QStringLiteral("ship1"), *store), json);
@@ -250,7 +253,7 @@ void TestTelemetry::publishesAsRecorded() {
     // The metadata the polls brought, retained; the link's counters after each poll.
     QCOMPARE(sub.last("nakos/ship1/meta"),
              "{\"sensor\":\"ship1\",\"oil_name\":\"\",\"alarm_threshold\":500,"
-             "\"cal_source\":[[0.12500,150],[0.25000,300],[0.50000,600]],"
+             "\"alarm_delay\":10,\"cal_source\":[[0.12500,150],[0.25000,300],[0.50000,600]],"
              "\"cal_table\":[[0.10000,100],[0.20000,210]]}");
     const QList<QByteArray> status = sub.payloads("nakos/ship1/status");
     QVERIFY2(status.size() >= 4, status.join('\n'));
