@@ -97,6 +97,7 @@ QString TelemetryOutbox::open(const QString &dir, const QString &clientId) {
     m_aheadAt = 0;
     m_nextEnd = -1;
     m_flight.clear();
+    m_sent.resize(kSentWidth + 1); // the number is always written this wide
     if (m_sentAt == m_end && m_end > 0) {
         m_journal.resize(0);
         m_end = m_sentAt = m_readAt = 0;
