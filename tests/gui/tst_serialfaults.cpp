@@ -235,44 +235,37 @@ void TestSerialFaults::floodKeepsTheWindowUsable() {
 // stays unanswered: its by-id link is missing at the first two polls and
 // there from the third on, and the log is stored all the same.
 void TestSerialFaults::sensorPluggedInWhileTheWarningIsOpen() {
-    QTemporaryDir dir;
-    MeasurementStore store;
     WidgetNotifier notifier;
-    FixedClock clock;
-    ScriptedDialogs dialogs;
-    MonitorSession session({notifier, clock, dialogs}, store,
-                           std::make_unique<FileRegistryKey>(dir.filePath(u"settings.reg"_s),
-                                                             QLatin1String("HKEY_LOCAL_MACHINE\\") +
-                                                                 settings::keyPath()));
-    MainWindow window(session);
+    SessionFixture f(&notifier);
+    MainWindow window(f.session);
     notifier.setParent(&window);
     SensorSimulator sim(SimOptions{.readingIntervalMs = 0, .prefill = 10, .faults = {}});
     QVERIFY(!sim.open());
-    const QString byId = dir.filePath(u"usb-ORLUK_Sensor_0042-if00-port0"_s);
-    RegistryKey &key = session.settingsKey();
+    const QString byId = f.dir.filePath(u"usb-ORLUK_Sensor_0042-if00-port0"_s);
+    RegistryKey &key = f.session.settingsKey();
     QVERIFY(!key.openOrCreate() && !key.setString(u"ComPort7"_s, byId));
     key.close();
 
-    window.startUp(dir.path());
+    window.startUp(f.dir.path());
     window.controlPanel()->selectPort(7);
     QList<PollOutcome::Status> outcomes;
-    connect(&session, &MonitorSession::pollFinished, this, [&](const PollOutcome &outcome) {
+    connect(&f.session, &MonitorSession::pollFinished, this, [&](const PollOutcome &outcome) {
         outcomes << outcome.status;
         if (outcomes.size() == 2)
             QFile::link(sim.portPath(), byId);
     });
-    session.query_setInterval(100);
-    session.query_start();
+    f.session.query_setInterval(100);
+    f.session.query_start();
     QTRY_VERIFY_WITH_TIMEOUT(outcomes.size() >= 3, kWaitMs);
-    session.query_stop();
-    QVERIFY(holdsLog(store, 0, sim.logLines()));
+    f.session.query_stop();
+    QVERIFY(holdsLog(f.store(), 0, sim.logLines()));
     using S = PollOutcome::Status;
     QCOMPARE(outcomes.mid(0, 3), (QList<S>{S::PortMissing, S::PortMissing, S::Readings}));
     const QList<QMessageBox *> boxes = window.findChildren<QMessageBox *>();
     QCOMPARE(boxes.size(), 1);
     QVERIFY(boxes.first()->isVisible());
     QCOMPARE(boxes.first()->text(), u"Com port not available"_s);
-    QCOMPARE(session.health().pollsWithoutPort, uint64_t(2));
+    QCOMPARE(f.session.health().pollsWithoutPort, uint64_t(2));
 }
 
 void TestSerialFaults::fullStore_data() {
