@@ -1,6 +1,5 @@
-// The chart windows as the operator meets them: start-up placement and
-// titles, the cursor and drag zoom through real mouse events, kept in step
-// across all charts.
+// The chart windows: start-up placement and titles, the cursor and drag zoom
+// through real mouse events, kept in step across all charts.
 #include "chart/ui/chartpicture.h"
 #include "chart/ui/chartset.h"
 #include "chart/ui/dataview.h"
@@ -9,9 +8,11 @@
 
 #include <QMdiArea>
 #include <QTest>
-#include <algorithm>
 
+#include <algorithm>
 #include <memory>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -23,21 +24,19 @@ int countColour(const QImage &img, QRgb colour, QRect within) {
     return n;
 }
 
-// Red ink in either cursor box of a chart.
+// Red ink in either cursor box of a chart, and of the selection outline.
 int cursorInk(const DataView *view) {
     const QImage &img = view->picture()->image();
     return countColour(img, 0xff0000, QRect(4, 4, 97, 29)) +
            countColour(img, 0xff0000, QRect(img.width() - 160, 4, 160, 29));
 }
 
-// Red ink of the selection outline anywhere in the picture.
 int outlineInk(const DataView *view) {
     const QImage &img = view->picture()->image();
     return countColour(img, 0xf00000, img.rect());
 }
 
-// A point of the plot at fractions of its width and height (from the left
-// and the top).
+// A point of the plot at fractions of its width and height.
 QPoint plotPoint(const DataView *view, QPointF f) {
     const ChartGeometry &g = view->model().geometry;
     return QPoint(g.left + int(f.x() * g.plotWidth), g.top + int(f.y() * g.plotHeight));
@@ -75,7 +74,7 @@ private slots:
 
     void startUpCreatesFourCharts() {
         // Half the area, narrower where two columns would not fit beside the
-        // control panel's area.
+        // control panel's area; water and pressure on top.
         const QSize half(
             std::min(area->viewport()->width() / 2,
                      (area->viewport()->width() - ChartSet::defaultPanelArea().right() - 1) / 2),
@@ -88,27 +87,23 @@ private slots:
                      (QList<int>{i, 400}));
             QCOMPARE(view->size(), half);
         }
-        QCOMPARE(titles, (QStringList{
-                             QStringLiteral("Water [ppm]"), QStringLiteral("Pressure [mBar]"),
-                             QStringLiteral("Temperature [\u00B0C]"), QStringLiteral("Soot [%]")}));
+        QCOMPARE(titles, (QStringList{u"Water [ppm]"_s, u"Pressure [mBar]"_s,
+                                      u"Temperature [\u00B0C]"_s, u"Soot [%]"_s}));
         QVERIFY(set->chartCount() == 4 && !set->slot(4));
-        // Beside the control panel's area, water and pressure on top, pulled
-        // in to fit the area.
         QCOMPARE(set->slot(0)->pos(), QPoint(ChartSet::defaultPanelArea().right() + 1, 0));
         QCOMPARE(set->slot(2)->pos().y(), half.height());
         QVERIFY(set->slot(1)->x() >= set->slot(0)->geometry().right() &&
                 set->slot(1)->geometry().right() < area->viewport()->width());
         // The water unit follows the store when the charts are refilled, even
-        // for a stream without points, which leaves every chart empty.
+        // for a stream without points.
         store->waterDisplayPercent = true;
         fixture->session.dataView_selectStream(5);
         QCOMPARE(set->slot(3)->model().point_count, 0);
-        QCOMPARE(water()->windowTitle(), QStringLiteral("Water [%]"));
+        QCOMPARE(water()->windowTitle(), u"Water [%]"_s);
     }
 
     void cursorOnEveryChart() {
-        // A click without movement starts no selection: the next movement
-        // only moves the cursor, on every chart.
+        // A click without movement starts no selection, only the cursor.
         ChartPicture *pic = water()->picture();
         QTest::mousePress(pic, Qt::LeftButton, {}, plotPoint(water(), {0.3, 0.3}));
         QTest::mouseRelease(pic, Qt::LeftButton, {}, plotPoint(water(), {0.3, 0.3}));
@@ -145,7 +140,6 @@ private slots:
         const float width1 = w.zoom_x2 - w.zoom_x1;
         drag({0.25, 0.0}, {0.75, 1.0});
         QVERIFY(qAbs(w.zoom_x2 - w.zoom_x1 - width1 * 0.5625f) < 1.0f);
-        // A right click on any chart resets every chart.
         DataView *temperature = set->chart(ChartQuantity::Temperature);
         QTest::mouseClick(temperature->picture(), Qt::RightButton, {},
                           plotPoint(temperature, {0.5, 0.5}));
@@ -160,9 +154,8 @@ private:
     // to the other corner, the release, and the movement that applies it.
     void drag(QPointF from, QPointF to) {
         ChartPicture *pic = water()->picture();
-        // QTest moves go through the window system, which would take a
-        // press where an earlier drag began for a double click; a movement
-        // away first rules that out.
+        // A movement away first, or a press where an earlier drag began would
+        // be taken for a double click.
         QTest::mouseMove(pic, QPoint(0, 0));
         QTest::mousePress(pic, Qt::LeftButton, {}, plotPoint(water(), from));
         QTest::mouseMove(pic, plotPoint(water(), from));

@@ -1,8 +1,5 @@
-// The road of a reading through the program: the control panel starts the
-// query on the demo's in-process sensor, the readings reach the store, the
-// charts, the title and the statistics, and stopping halts polling. The
-// Toolbox's exchange waits for a poll that is running, and each Toolbox
-// gets the replies to its own commands.
+// A reading's road from the demo's in-process sensor, started on the control
+// panel, to the store, charts, title and statistics; the Toolbox's exchange.
 #include "chart/ui/chartset.h"
 #include "chart/ui/dataview.h"
 #include "device/devicelink.h"
@@ -22,6 +19,8 @@
 #include <QRadioButton>
 #include <QSignalSpy>
 #include <QTest>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -54,21 +53,20 @@ private Q_SLOTS:
 void TestAcquisition::panelAtStart() {
     Rig r;
     ControlPanel &panel = r.panel();
-    QCOMPARE(panel.windowTitle(), QStringLiteral("Control Panel"));
+    QCOMPARE(panel.windowTitle(), u"Control Panel"_s);
     QCOMPARE(panel.size(), QSize(318, 340));
     QCOMPARE(panel.Combo1->count(), 19);
-    QCOMPARE(panel.Combo1->itemText(18), QStringLiteral("COM 19"));
-    QCOMPARE(panel.Command1->text(), QStringLiteral("Start Query Timer"));
-    QCOMPARE(panel.Label1_data->text(), QStringLiteral("0 data points in memory"));
+    QCOMPARE(panel.Combo1->itemText(18), u"COM 19"_s);
+    QCOMPARE(panel.Command1->text(), u"Start Query Timer"_s);
+    QCOMPARE(panel.Label1_data->text(), u"0 data points in memory"_s);
     QVERIFY(panel.Label2_data->text().isEmpty());
     QVERIFY(panel.Frame2->isHidden() && panel.Option_oilStream_any->isChecked());
     QVERIFY(panel.Picture_logo->isHidden());
     QCOMPARE(panel.Combo1->itemData(0, Qt::ToolTipRole).toString(), r.device);
-    // No chart covers the panel at start.
     for (int i = 0; i < 4; ++i)
         QVERIFY(!r.window.charts()->slot(i)->geometry().intersects(panel.geometry()));
 
-    // The port choice counts when the list is left.
+    // The port choice (COM 7 at index 6) counts when the list is left.
     panel.Combo1->setCurrentIndex(6);
     panel.Combo1_Validate();
     QCOMPARE(r.session.link().comPort, int16_t(7));
@@ -77,10 +75,10 @@ void TestAcquisition::panelAtStart() {
     QCOMPARE(r.session.link().comPort, int16_t(0));
 
     // The oil name: kept trimmed while typed, shown when set from a file.
-    panel.Text_oilName->setText(QStringLiteral("  SAE 40 "));
-    QCOMPARE(r.store().oilName, QStringLiteral("SAE 40"));
-    r.session.oilName_set(QStringLiteral("Gear oil"));
-    QCOMPARE(panel.Text_oilName->text(), QStringLiteral("Gear oil"));
+    panel.Text_oilName->setText(u"  SAE 40 "_s);
+    QCOMPARE(r.store().oilName, u"SAE 40"_s);
+    r.session.oilName_set(u"Gear oil"_s);
+    QCOMPARE(panel.Text_oilName->text(), u"Gear oil"_s);
 }
 
 void TestAcquisition::queryFromButtonToCharts() {
@@ -89,11 +87,10 @@ void TestAcquisition::queryFromButtonToCharts() {
     ControlPanel &panel = r.panel();
     QSignalSpy polled(&r.session, &MonitorSession::pollFinished);
     panel.Command1->click();
-    QCOMPARE(panel.Command1->text(), QStringLiteral("Stop Query Timer"));
+    QCOMPARE(panel.Command1->text(), u"Stop Query Timer"_s);
     QTRY_VERIFY_WITH_TIMEOUT(polled.size() >= 3, kWaitMs);
     QVERIFY(r.notifier.shown.isEmpty());
 
-    // Store, charts, title and statistics tell the same story.
     const MeasurementStore &store = r.store();
     QVERIFY(store.dataPoint_count >= 100);
     QCOMPARE(store.alarmThreshold, 500.0f);
@@ -101,22 +98,20 @@ void TestAcquisition::queryFromButtonToCharts() {
     for (int q = 0; q < 4; ++q)
         QCOMPARE(r.window.charts()->chart(ChartQuantity(q))->model().point_count,
                  store.dataPoint_count);
-    QVERIFY(r.title.endsWith(QStringLiteral(" *")));
+    QVERIFY(r.title.endsWith(u" *"_s));
     panel.data_statistics_update();
     const auto stamp = [&](int i) {
         const DataPoint &p = store.dataPoints[size_t(i)];
         return QString::asprintf("%04d-%02d-%02d %02d:%02d:%02d", p.year, p.month, p.day, p.hour,
                                  p.minute, p.second);
     };
-    QCOMPARE(panel.Label1_data->text(),
-             QStringLiteral("%1 data points in memory").arg(store.dataPoint_count));
-    QCOMPARE(panel.Label2_data->text(),
-             stamp(0) + QStringLiteral("  -  ") + stamp(store.dataPoint_count - 1));
+    QCOMPARE(panel.Label1_data->text(), u"%1 data points in memory"_s.arg(store.dataPoint_count));
+    QCOMPARE(panel.Label2_data->text(), stamp(0) + u"  -  "_s + stamp(store.dataPoint_count - 1));
 
-    // The second click stops polling: no tick is left to start another poll,
-    // and the one under way still completes.
+    // The second click leaves no tick to start another poll; the one under
+    // way still completes.
     panel.Command1->click();
-    QCOMPARE(panel.Command1->text(), QStringLiteral("Start Query Timer"));
+    QCOMPARE(panel.Command1->text(), u"Start Query Timer"_s);
     QVERIFY(!r.session.queryRunning() && !r.session.link().Timer_queryTiming.isActive());
     QTRY_VERIFY_WITH_TIMEOUT(!r.session.link().pollRunning(), kWaitMs);
 }
@@ -131,12 +126,11 @@ void TestAcquisition::toolboxWaitsForThePoll() {
     toolbox.show();
     QVERIFY(QTest::qWaitForWindowActive(&toolbox));
     r.session.query_start(); // the immediate "list" is under way
-    // A second Toolbox asks too, and is closed before its turn comes: its
-    // command is never sent, and no reply lands in the wrong window.
+    // A second Toolbox, closed before its turn, sends nothing and gets nothing.
     auto abandoned = std::make_unique<Toolbox>(r.session);
-    abandoned->Text_command->setText(QStringLiteral("calibration get"));
+    abandoned->Text_command->setText(u"calibration get"_s);
     abandoned->send();
-    toolbox.Text_command->setText(QStringLiteral("alarmlimit get"));
+    toolbox.Text_command->setText(u"alarmlimit get"_s);
     QTest::keyClick(toolbox.Text_command, Qt::Key_Return); // sends once, like the button
     abandoned.reset();
     r.session.query_stop();
@@ -144,9 +138,9 @@ void TestAcquisition::toolboxWaitsForThePoll() {
     QTRY_VERIFY_WITH_TIMEOUT(!r.session.link().exchangeRunning(), kWaitMs);
     QCOMPARE(commands, (QList<QByteArray>{"list", "alarmlimit get"}));
     const QString shown = toolbox.Text_replies->toPlainText();
-    QVERIFY(shown.startsWith(QStringLiteral("> alarmlimit get\nalarmlimit get<CR><LF>\n")));
-    QVERIFY(shown.contains(QStringLiteral("ALARMVALUE")));
-    QVERIFY(!shown.contains(QStringLiteral("calibration")));
+    QVERIFY(shown.startsWith(u"> alarmlimit get\nalarmlimit get<CR><LF>\n"_s));
+    QVERIFY(shown.contains(u"ALARMVALUE"_s));
+    QVERIFY(!shown.contains(u"calibration"_s));
 }
 
 QTEST_MAIN(TestAcquisition)

@@ -1,10 +1,9 @@
-// The main window over its session: start-up with the charts as the display
-// settings say, the menus with their code names, the display rebuilds the
-// session asks for, the file commands switched off while one runs, and Exit.
+// The main window over its session: menus, charts, drops and Exit.
 #include "chart/ui/chartset.h"
 #include "chart/ui/dataview.h"
 #include "gui/mainwindow.h"
 #include "panel/ui/controlpanel.h"
+#include "support/readings.h"
 #include "support/sessionfixture.h"
 
 #include <QAction>
@@ -21,7 +20,8 @@
 #include <QTimer>
 
 #include <cstdio>
-#include <vector>
+
+using namespace Qt::StringLiterals;
 
 struct MainWindowFixture : SessionFixture {
     MainWindow window{session};
@@ -43,30 +43,26 @@ private Q_SLOTS:
 void TestMainWindow::menus() {
     MainWindowFixture f;
     f.start();
-    QCOMPARE(f.window.windowTitle(), QStringLiteral("ORLUK Water Monitor   [<NEW FILE>]"));
+    QCOMPARE(f.window.windowTitle(), u"ORLUK Water Monitor   [<NEW FILE>]"_s);
     // Captions in order, "|" for a separator, with the items' code names.
     QStringList got;
     for (QAction *top : f.window.menuBar()->actions()) {
-        QString line =
-            top->menu()->objectName() + QLatin1Char(':') + top->text() + QLatin1Char('=');
+        QString line = top->menu()->objectName() + u':' + top->text() + u'=';
         for (QAction *a : top->menu()->actions())
-            line += a->isSeparator()
-                        ? QStringLiteral("|")
-                        : a->text() + QLatin1Char('(') + a->objectName() + QStringLiteral(") ");
+            line += a->isSeparator() ? u"|"_s : a->text() + u'(' + a->objectName() + u") "_s;
         got << line.trimmed();
     }
     const QStringList expected{
-        QStringLiteral("file:File=New(file_new) |Open(file_open) |Save(file_save) Save "
-                       "As(file_saveas) |Import(file_import) Import directory(file_importDir) "
-                       "Import chain(file_importChain) "
-                       "|Export(file_export) |Set autosave path(file_setAutosavePath) "
-                       "|Print(file_print) |Exit(file_exit)"),
-        QStringLiteral("tools:Tools=Toolbox(tools_toolbox)"),
-        QStringLiteral("settings:Settings=General settings(settings_generalSettings) Station "
-                       "settings(settings_stationSettings)"),
-        QStringLiteral("q:?=About(q_about)"),
-        QStringLiteral("window:Window=Control Panel(window_controlPanel) |Tile(window_tile) "
-                       "Cascade(window_cascade)")};
+        u"file:File=New(file_new) |Open(file_open) |Save(file_save) Save As(file_saveas) "
+        "|Import(file_import) Import directory(file_importDir) Import chain(file_importChain) "
+        "|Export(file_export) |Set autosave path(file_setAutosavePath) |Print(file_print) "
+        "|Exit(file_exit)"_s,
+        u"tools:Tools=Toolbox(tools_toolbox)"_s,
+        u"settings:Settings=General settings(settings_generalSettings) Station "
+        "settings(settings_stationSettings)"_s,
+        u"q:?=About(q_about)"_s,
+        u"window:Window=Control Panel(window_controlPanel) |Tile(window_tile) "
+        "Cascade(window_cascade)"_s};
     QCOMPARE(got, expected);
     // The desktop's usual keys, as the platform binds them (no Quit key on
     // Windows, Ctrl+Q elsewhere); the Toolbox and About have none.
@@ -79,20 +75,17 @@ void TestMainWindow::menus() {
         {f.window.settings_generalSettings, QKeySequence::Preferences}};
     for (const auto &[action, key] : keys)
         QCOMPARE(action->shortcuts(), QKeySequence::keyBindings(key));
-    QCOMPARE(f.window.file_new->shortcut(), QKeySequence(QStringLiteral("Ctrl+N")));
-    // Save As where the platform binds no key (plain X11, Windows): the one
-    // the others use.
+    QCOMPARE(f.window.file_new->shortcut(), QKeySequence(u"Ctrl+N"_s));
+    // Save As where the platform binds no key (plain X11, Windows): Ctrl+Shift+S.
     const QList<QKeySequence> saveAs = QKeySequence::keyBindings(QKeySequence::SaveAs);
     QCOMPARE(f.window.file_saveas->shortcuts(),
-             saveAs.isEmpty() ? QList{QKeySequence(QStringLiteral("Ctrl+Shift+S"))} : saveAs);
+             saveAs.isEmpty() ? QList{QKeySequence(u"Ctrl+Shift+S"_s)} : saveAs);
     QVERIFY(f.window.tools_toolbox->shortcuts().isEmpty() &&
-            f.window.q_about->shortcut().isEmpty());
-    QVERIFY(f.window.file_import->shortcut().isEmpty());
+            f.window.q_about->shortcut().isEmpty() && f.window.file_import->shortcut().isEmpty());
 
-    // While Open waits for its "Data handling" answer, the file commands are
-    // off; Exit stays on.
+    // While Open waits for its "Data handling" answer, only Exit stays on.
     QList<bool> enabledWhileBusy;
-    f.dialogs.fileAnswers << f.dir.filePath(QStringLiteral("x.txt"));
+    f.dialogs.fileAnswers << f.dir.filePath(u"x.txt"_s);
     f.dialogs.whileChoosing = [&] {
         enabledWhileBusy = {f.window.file_new->isEnabled(), f.window.file_save->isEnabled(),
                             f.window.file_export->isEnabled(), f.window.file_exit->isEnabled()};
@@ -128,8 +121,7 @@ void TestMainWindow::chartsFromStartUpToNew() {
              (QList<bool>{true, true, true, storedSoot}));
     QVERIFY(window.charts()->Timer1.isActive());
 
-    // 30 readings, alternately of streams 1 and 2: the change monitor
-    // redraws when asked; the stream filter and New rebuild the charts.
+    // 30 readings of streams 1 and 2 in turn.
     DataPoint p{.year = 2024, .month = 3, .day = 5};
     for (int i = 0; i < 30; ++i) {
         p.second = uint8_t(i);
@@ -150,7 +142,7 @@ void TestMainWindow::windowMenuBringsWindowsBack() {
     MainWindowFixture f;
     f.start();
     f.window.show();
-    auto *menu = f.window.findChild<QMenu *>(QStringLiteral("window"));
+    auto *menu = f.window.findChild<QMenu *>(u"window"_s);
     QVERIFY(menu);
     ControlPanel *panel = f.window.controlPanel();
     QMdiSubWindow *water = f.window.charts()->chart(ChartQuantity::Water);
@@ -162,11 +154,9 @@ void TestMainWindow::windowMenuBringsWindowsBack() {
     emit menu->aboutToShow();
     QStringList captions;
     for (QAction *a : menu->actions())
-        captions << (a->isSeparator() ? QStringLiteral("|") : a->text());
-    QCOMPARE(captions,
-             (QStringList{QStringLiteral("Control Panel"), QStringLiteral("Water [ppm]"),
-                          QStringLiteral("Pressure [mBar]"), QStringLiteral("Temperature [°C]"),
-                          QStringLiteral("|"), QStringLiteral("Tile"), QStringLiteral("Cascade")}));
+        captions << (a->isSeparator() ? u"|"_s : a->text());
+    QCOMPARE(captions, (QStringList{u"Control Panel"_s, u"Water [ppm]"_s, u"Pressure [mBar]"_s,
+                                    u"Temperature [°C]"_s, u"|"_s, u"Tile"_s, u"Cascade"_s}));
     menu->actions().at(1)->trigger();
     QVERIFY(water->isVisible());
     f.window.window_controlPanel->trigger();
@@ -182,17 +172,7 @@ void TestMainWindow::exitFromInsideADrawing() {
     if (qEnvironmentVariableIsSet("NAKOS_EXIT_CHILD")) {
         MainWindowFixture f;
         f.start();
-        std::vector<DataPoint> points(size_t(130000));
-        for (int i = 0; i < 130000; ++i) {
-            const int day = i / 86400;
-            points[size_t(i)] = DataPoint{.year = 2024,
-                                          .month = uint8_t(1 + day / 28),
-                                          .day = uint8_t(1 + day % 28),
-                                          .hour = uint8_t(i / 3600 % 24),
-                                          .minute = uint8_t(i / 60 % 60),
-                                          .second = uint8_t(i % 60),
-                                          .water = float(i % 500)};
-        }
+        const std::vector<DataPoint> points = secondsApart(130000, 2024);
         QVERIFY(!f.store().merge(points.data(), 130000, MergeMode::Replace));
         std::printf("drawing\n"); // left in the buffer of a pipe
         QTimer::singleShot(0, f.window.file_exit, &QAction::trigger);
@@ -202,19 +182,16 @@ void TestMainWindow::exitFromInsideADrawing() {
     QTemporaryDir dir;
     QProcess child;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("NAKOS_EXIT_CHILD"), QStringLiteral("1"));
-    env.insert(QStringLiteral("TMPDIR"), dir.path()); // the child's folders go with ours
+    env.insert(u"NAKOS_EXIT_CHILD"_s, u"1"_s);
+    env.insert(u"TMPDIR"_s, dir.path()); // the child's folders go with ours
     child.setProcessEnvironment(env);
-    child.start(QCoreApplication::applicationFilePath(),
-                {QStringLiteral("exitFromInsideADrawing")});
+    child.start(QCoreApplication::applicationFilePath(), {u"exitFromInsideADrawing"_s});
     QVERIFY(child.waitForFinished(120000));
     const QByteArray out = child.readAllStandardOutput();
     QVERIFY2(child.exitStatus() == QProcess::NormalExit && child.exitCode() == 0, out.constData());
-    QVERIFY(out.contains("drawing\n"));
-    QVERIFY(!out.contains("FAIL"));
-    QDirIterator saved(dir.path(), {QStringLiteral("*.txt")}, QDir::Files,
-                       QDirIterator::Subdirectories);
-    QVERIFY(!saved.hasNext());
+    QVERIFY(out.contains("drawing\n") && !out.contains("FAIL"));
+    QVERIFY(!QDirIterator(dir.path(), {u"*.txt"_s}, QDir::Files, QDirIterator::Subdirectories)
+                 .hasNext());
 }
 
 // A drag is taken only with one local file or folder and while no file
@@ -223,12 +200,12 @@ void TestMainWindow::drops_data() {
     QTest::addColumn<QStringList>("urls");
     QTest::addColumn<bool>("busy");
     QTest::addColumn<bool>("taken");
-    const QString log = QStringLiteral("NAKOS435.log");
+    const QString log = u"NAKOS435.log"_s;
     QTest::newRow("a log") << QStringList{log} << false << true;
     QTest::newRow("a log while Open waits") << QStringList{log} << true << false;
     QTest::newRow("two files") << QStringList{log, log} << false << false;
     QTest::newRow("not a local file")
-        << QStringList{QStringLiteral("https://example.org/NAKOS435.log")} << false << false;
+        << QStringList{u"https://example.org/NAKOS435.log"_s} << false << false;
 }
 
 void TestMainWindow::drops() {
@@ -252,7 +229,7 @@ void TestMainWindow::drops() {
         dropped = drop.isAccepted();
     };
     if (busy) {
-        f.dialogs.fileAnswers << f.dir.filePath(QStringLiteral("x.txt"));
+        f.dialogs.fileAnswers << f.dir.filePath(u"x.txt"_s);
         f.dialogs.whileChoosing = [&] {
             f.dialogs.whileChoosing = nullptr;
             drag();
@@ -265,9 +242,8 @@ void TestMainWindow::drops() {
         if (taken)
             QTRY_COMPARE(f.dialogs.modeCalls, 1);
     }
-    QCOMPARE(entered, taken);
-    QCOMPARE(dropped, taken);
-    QVERIFY(f.dialogs.calls.size() == (busy ? 1 : 0)); // never the file dialog
+    QCOMPARE((QList<bool>{entered, dropped}), (QList<bool>{taken, taken}));
+    QCOMPARE(int(f.dialogs.calls.size()), busy ? 1 : 0); // never the file dialog
 }
 
 QTEST_MAIN(TestMainWindow)

@@ -1,7 +1,6 @@
-// The session (or the offscreen main window) polls the simulated sensor while
-// the port or the sensor misbehaves: the store keeps its points, takes no
-// reading the sensor did not send, and polling recovers once the fault goes.
-// The exchange rules themselves are tested in tst_devicelink.
+// Polling the simulated sensor while the port or the sensor misbehaves: the
+// store keeps its points, takes no reading the sensor did not send, and
+// polling recovers once the fault goes.
 #include "chart/ui/chartset.h"
 #include "chart/ui/dataview.h"
 #include "device/devicelink.h"
@@ -10,6 +9,7 @@
 #include "gui/widgetnotifier.h"
 #include "panel/ui/controlpanel.h"
 #include "sensorsim.h"
+#include "support/readings.h"
 #include "support/sessionfixture.h"
 
 #include <QAction>
@@ -28,7 +28,8 @@
 #include <deque>
 #include <memory>
 #include <string_view>
-#include <vector>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -91,21 +92,7 @@ struct Rig : SessionFixture {
     const DeviceLink &link() const { return session.link(); }
     // Readings of long ago, so none is taken for a reading of the sensor.
     std::vector<DataPoint> hold(int n) {
-        std::vector<DataPoint> points(static_cast<size_t>(n));
-        for (int i = 0; i < n; ++i) {
-            const int day = i / 86400;
-            points[size_t(i)] = DataPoint{.year = 2001,
-                                          .month = uint8_t(1 + day / 28 % 12),
-                                          .day = uint8_t(1 + day % 28),
-                                          .hour = uint8_t(i / 3600 % 24),
-                                          .minute = uint8_t(i / 60 % 60),
-                                          .second = uint8_t(i % 60),
-                                          .water = float(100 + i % 400),
-                                          .temperature = 40.0f,
-                                          .pressure = 1013.0f,
-                                          .soot = 0.1f,
-                                          .stream = 1};
-        }
+        std::vector<DataPoint> points = secondsApart(n, 2001);
         if (store().merge(points.data(), n, MergeMode::Replace))
             qFatal("cannot fill the store");
         return points;
@@ -129,15 +116,14 @@ private Q_SLOTS:
     void fullStore();
 };
 
+// The port refused (one "Com port not available" box) or the whole log read
+// while the fault lasts; nothing read without the echo. QSerialPort refuses a
+// port another one holds (its lock file); a plain open elsewhere goes
+// unnoticed, and both then read from the line.
 void TestSerialFaults::faults_data() {
-    // The port refused (one "Com port not available" box) or the whole log
-    // read while the fault lasts; nothing read without the echo.
     QTest::addColumn<Fault>("fault");
     QTest::addColumn<bool>("warned");
     QTest::newRow("port locked by another open") << Fault::Locked << true;
-    // QSerialPort refuses a port that another one holds (its lock file), or
-    // whose holder made it exclusive (not for root); a plain open elsewhere
-    // goes unnoticed, and both then read from the line.
     QTest::newRow("port open in another process: not refused") << Fault::HeldElsewhere << false;
     QTest::newRow("garbage and NUL bytes") << Fault::GarbageAndNul << false;
     QTest::newRow("no echo") << Fault::NoEcho << false;
@@ -161,12 +147,10 @@ void TestSerialFaults::faults() {
         holder.setPortName(r.device);
         QVERIFY(holder.open(QIODevice::ReadWrite));
     } else if (fault == Fault::HeldElsewhere) {
-        // The shell opens the terminal, so it can never become this
-        // process's controlling terminal.
-        other.start(QStringLiteral("sh"),
-                    {QStringLiteral("-c"), QStringLiteral("exec sleep 60 <\"$0\""), r.device});
+        // The shell opens it, so it never becomes our controlling terminal.
+        other.start(u"sh"_s, {u"-c"_s, u"exec sleep 60 <\"$0\""_s, r.device});
         QVERIFY(other.waitForStarted());
-        const QString fd0 = QStringLiteral("/proc/%1/fd/0").arg(other.processId());
+        const QString fd0 = u"/proc/%1/fd/0"_s.arg(other.processId());
         QTRY_COMPARE(QFileInfo(fd0).symLinkTarget(), r.device);
     }
 
@@ -206,14 +190,14 @@ void TestSerialFaults::floodKeepsTheWindowUsable() {
     const DeviceLink &link = r.link();
     QSignalSpy polled(&r.session, &MonitorSession::pollFinished);
 
-    // The log enters the store while the sensor goes on talking.
-    panel.Command1->click();
+    panel.Command1->click(); // the log enters the store while the sensor talks on
+
     QTRY_VERIFY_WITH_TIMEOUT(link.health().bytesReceived > 1024 * 1024, kWaitMs);
     QVERIFY(holdsLog(r.store(), kHeld, r.sim.logLines()));
     QVERIFY(polled.isEmpty() && link.exchangeRunning());
 
-    // While the line floods, a chart window repaints when asked and a menu
-    // command's dialog opens and closes.
+    // A chart window repaints when asked and a menu command's dialog opens
+    // and closes.
     struct PaintCounter : QObject {
         int n = 0;
         bool eventFilter(QObject *, QEvent *e) override {
@@ -236,10 +220,9 @@ void TestSerialFaults::floodKeepsTheWindowUsable() {
     r.main->q_about->trigger();
     QVERIFY(aboutShown);
 
-    // "Stop Query Timer" ends the polling; the poll under way ends when the
-    // line falls quiet.
+    // The poll under way ends when the line falls quiet.
     panel.Command1->click();
-    QCOMPARE(panel.Command1->text(), QStringLiteral("Start Query Timer"));
+    QCOMPARE(panel.Command1->text(), u"Start Query Timer"_s);
     QVERIFY(!link.queryRunning());
     r.sim.setFaults({});
     QVERIFY(polled.wait(kWaitMs));
@@ -248,50 +231,41 @@ void TestSerialFaults::floodKeepsTheWindowUsable() {
     QVERIFY(r.notifier.shown.isEmpty());
 }
 
-// A station started before its sensor is plugged in: the port (a stable
-// name that links to the device, as under /dev/serial/by-id) is missing at
-// the first two polls and there from the third on. The program's own
-// "Com port not available" box stays on screen unanswered, and the log is
-// stored all the same.
+// A sensor plugged in while the program's own "Com port not available" box
+// stays unanswered: its by-id link is missing at the first two polls and
+// there from the third on, and the log is stored all the same.
 void TestSerialFaults::sensorPluggedInWhileTheWarningIsOpen() {
-    QTemporaryDir dir;
-    MeasurementStore store;
     WidgetNotifier notifier;
-    FixedClock clock;
-    ScriptedDialogs dialogs;
-    MonitorSession session({notifier, clock, dialogs}, store,
-                           std::make_unique<FileRegistryKey>(
-                               dir.filePath(QStringLiteral("settings.reg")),
-                               QLatin1String("HKEY_LOCAL_MACHINE\\") + settings::keyPath()));
-    MainWindow window(session);
+    SessionFixture f(&notifier);
+    MainWindow window(f.session);
     notifier.setParent(&window);
     SensorSimulator sim(SimOptions{.readingIntervalMs = 0, .prefill = 10, .faults = {}});
     QVERIFY(!sim.open());
-    const QString byId = dir.filePath(QStringLiteral("usb-ORLUK_Sensor_0042-if00-port0"));
-    RegistryKey &key = session.settingsKey();
-    QVERIFY(!key.openOrCreate() && !key.setString(QStringLiteral("ComPort7"), byId));
+    const QString byId = f.dir.filePath(u"usb-ORLUK_Sensor_0042-if00-port0"_s);
+    RegistryKey &key = f.session.settingsKey();
+    QVERIFY(!key.openOrCreate() && !key.setString(u"ComPort7"_s, byId));
     key.close();
 
-    window.startUp(dir.path());
+    window.startUp(f.dir.path());
     window.controlPanel()->selectPort(7);
     QList<PollOutcome::Status> outcomes;
-    connect(&session, &MonitorSession::pollFinished, this, [&](const PollOutcome &outcome) {
+    connect(&f.session, &MonitorSession::pollFinished, this, [&](const PollOutcome &outcome) {
         outcomes << outcome.status;
         if (outcomes.size() == 2)
             QFile::link(sim.portPath(), byId);
     });
-    session.query_setInterval(100);
-    session.query_start();
+    f.session.query_setInterval(100);
+    f.session.query_start();
     QTRY_VERIFY_WITH_TIMEOUT(outcomes.size() >= 3, kWaitMs);
-    session.query_stop();
-    QVERIFY(holdsLog(store, 0, sim.logLines()));
+    f.session.query_stop();
+    QVERIFY(holdsLog(f.store(), 0, sim.logLines()));
     using S = PollOutcome::Status;
     QCOMPARE(outcomes.mid(0, 3), (QList<S>{S::PortMissing, S::PortMissing, S::Readings}));
     const QList<QMessageBox *> boxes = window.findChildren<QMessageBox *>();
     QCOMPARE(boxes.size(), 1);
     QVERIFY(boxes.first()->isVisible());
-    QCOMPARE(boxes.first()->text(), QStringLiteral("Com port not available"));
-    QCOMPARE(session.health().pollsWithoutPort, uint64_t(2));
+    QCOMPARE(boxes.first()->text(), u"Com port not available"_s);
+    QCOMPARE(f.session.health().pollsWithoutPort, uint64_t(2));
 }
 
 void TestSerialFaults::fullStore_data() {
@@ -301,9 +275,8 @@ void TestSerialFaults::fullStore_data() {
     QTest::newRow("full") << 130000;
 }
 
-// Polls at the store's capacity fill it up to the last entry and no
-// further (the sanitizer build watches the arrays of the store and the
-// charts), and the panel says when it is full.
+// Polls at the store's capacity fill it up to the last entry and no further,
+// and the panel says when it is full.
 void TestSerialFaults::fullStore() {
     QFETCH(int, held);
     constexpr int logged = 10;
@@ -319,19 +292,18 @@ void TestSerialFaults::fullStore() {
     QCOMPARE(lastPoll().added, count - held);
     QCOMPARE(lastPoll().full, held + logged - count);
     QCOMPARE(r.store().dataPoint_count, count);
-    QTRY_COMPARE(panel.Label1_data->text(),
-                 count == capacity ? QStringLiteral("DATA POINT MEMORY FULL!")
-                                   : QStringLiteral("%1 data points in memory").arg(count));
+    QTRY_COMPARE(panel.Label1_data->text(), count == capacity
+                                                ? u"DATA POINT MEMORY FULL!"_s
+                                                : u"%1 data points in memory"_s.arg(count));
 
-    // The next poll that sees a new reading stores it in the last entry or
-    // drops it, and polling goes on without a message.
+    // A new reading goes to the last entry or is dropped, without a message.
     r.sim.addReading();
     QTRY_VERIFY_WITH_TIMEOUT(lastPoll().lines == logged + 1, kWaitMs);
     panel.Command1->click();
     QTRY_VERIFY_WITH_TIMEOUT(!r.link().pollRunning(), kWaitMs);
     QCOMPARE(r.store().dataPoint_count, std::min(capacity, count + 1));
     QVERIFY(keeps(r.store(), before));
-    QTRY_COMPARE(panel.Label1_data->text(), QStringLiteral("DATA POINT MEMORY FULL!"));
+    QTRY_COMPARE(panel.Label1_data->text(), u"DATA POINT MEMORY FULL!"_s);
     QVERIFY(r.notifier.shown.isEmpty());
 }
 

@@ -1,16 +1,12 @@
 // The session's command flows, headless with scripted dialogs and message
-// boxes: start-up, New with each answer of the save prompt, Open with each
-// "Data handling" answer, Save, Save As, Export, the autosave and the one
-// file command at a time. The flows keep the program's quirks: Open takes
-// the chosen name before the mode is chosen and leaves the autosave stopped
-// when its dialog is cancelled; Save clears the mark even when writing
-// failed; only a file too big for memory is reported, and then nothing
-// changes.
+// boxes. They keep the program's quirks: Save clears the mark even when
+// writing failed; only a file too big for memory is reported.
 #include "core/autosave.h"
 #include "device/devicelink.h"
 #include "files/datafile.h"
 #include "files/golden.h"
 #include "simlogs.h"
+#include "support/readings.h"
 #include "support/sessionfixture.h"
 
 #include <QDir>
@@ -31,8 +27,7 @@ DataPoint reading(int second) {
         .year = 2024, .month = 3, .day = 5, .hour = 14, .minute = 22, .second = uint8_t(second)};
 }
 
-// A store of `held` points, starting with the small file's, saved as
-// /data/run1.txt.
+// `held` points, the small file's first, saved as /data/run1.txt.
 void holdSavedPoints(MeasurementStore &store, int held) {
     fillSmallStore(store);
     store.dataPoint_count = held;
@@ -41,16 +36,17 @@ void holdSavedPoints(MeasurementStore &store, int held) {
     store.fileName_current = u"/data/run1.txt"_s;
 }
 
-// Three daily logs, 24 readings each, from 5 March 2024 on, in dir/logs/.
-QString writeLogs(const QTemporaryDir &dir) {
+// Daily logs (three of 24 readings unless told) from 5 March 2024 on, in
+// dir/logs/.
+QString writeLogs(const QTemporaryDir &dir, int days = 3, int intervalSeconds = 3600) {
     SimLogOptions logs;
     logs.folder = dir.filePath(u"logs"_s);
     QDir().mkpath(logs.folder);
     logs.start = QDate(2024, 3, 5);
-    logs.days = 3;
-    logs.intervalSeconds = 3600;
+    logs.days = days;
+    logs.intervalSeconds = intervalSeconds;
     QString error;
-    return writeSimLogs(logs, &error).size() == 3 ? logs.folder + QLatin1Char('/') : QString();
+    return writeSimLogs(logs, &error).size() == days ? logs.folder + u'/' : QString();
 }
 
 } // namespace
@@ -61,18 +57,14 @@ private Q_SLOTS:
     void startUp();
     void newCommand_data();
     void newCommand();
-    void open_data();
-    void open();
+    void reads_data();
+    void reads();
     void saveSaveAsAndExport();
-    void imports_data();
-    void imports();
     void chainThatDoesNotFit();
     void autosave();
     void oneFileCommandAtATime();
     void commandLineFiles_data();
     void commandLineFiles();
-    void drops_data();
-    void drops();
 };
 
 void TestSession::startUp() {
@@ -91,15 +83,13 @@ void TestSession::startUp() {
     QVERIFY(f.session.autoSave().isRunning());
     QVERIFY(f.notifier.shown.isEmpty());
 
-    // A first run stores the default choices.
     DisplayFlags stored;
     stored.displayWater = false;
     bool percent = true;
     QVERIFY(!settings::readRegistry(f.session.settingsKey(), stored, percent));
     QVERIFY(stored.displayWater && !stored.displaySoot && stored.printWater && !percent);
 
-    // The station settings: the documented duplicate rule until the
-    // Station key says otherwise; then it holds from the next start on.
+    // The duplicate rule of the Station key holds from the next start on.
     QVERIFY(!f.store().fullStampDuplicates());
     StationSettings station;
     station.compareHour = true;
@@ -113,7 +103,6 @@ void TestSession::startUp() {
         QVERIFY(again.session.stationSettings().compareHour);
     }
 
-    // The change monitor turns requests into one rebuild.
     QVERIFY(f.session.Timer_monitorChanges.isActive());
     QCOMPARE(f.session.Timer_monitorChanges.interval(), 500);
     f.session.monitorTick();
@@ -124,7 +113,6 @@ void TestSession::startUp() {
     f.session.monitorTick();
     QCOMPARE(redraws.size(), 1);
 
-    // Port numbers lead to devices through the settings value ComPort<n>.
     const DeviceLink &link = f.session.link();
     QVERIFY(!link.queryRunning());
     QVERIFY(!f.session.settingsKey().openOrCreate());
@@ -193,57 +181,145 @@ void TestSession::newCommand() {
     QCOMPARE(store.append(reading(1)), AppendResult::Added);            // the stamps are free
 }
 
-void TestSession::open_data() {
-    QTest::addColumn<QString>("file"); // empty: the file dialog is cancelled
-    QTest::addColumn<int>("mode");     // 0: the data handling dialog is cancelled
-    QTest::addColumn<int>("held");     // records in the store before
+// Open, the imports and a drop on the window read through the same flows.
+// Names are in the test folder ("small.txt": the test file, "" cancels the
+// file or folder dialog); `held` points were saved as /data/run1.txt before.
+// Open takes the chosen name before the mode and keeps it whatever the read
+// does, unless the file does not fit; the imports keep the current name,
+// except that a folder names the combined data after its first log.
+void TestSession::reads_data() {
+    QTest::addColumn<QString>("command"); // open, import, chain, folder or drop
+    QTest::addColumn<QString>("choice");
+    QTest::addColumn<int>("mode"); // the "Data handling" answer, 0: cancelled
+    QTest::addColumn<int>("held");
     QTest::addColumn<int>("count");
+    QTest::addColumn<QString>("named"); // the current name afterwards
     QTest::addColumn<bool>("changed");
-    QTest::addColumn<bool>("named");   // the chosen file became the current name
-    QTest::addColumn<bool>("running"); // the autosave afterwards
-
-    const QString small = testData("small.txt");
-    const int full = 130000 - 2;
-    QTest::newRow("file dialog cancelled") << QString() << 1 << 3 << 3 << false << false << false;
-    QTest::newRow("data handling cancelled") << small << 0 << 3 << 3 << false << true << true;
-    QTest::newRow("replace") << small << 1 << 3 << 3 << false << true << true;
-    QTest::newRow("insert before") << small << 2 << 3 << 6 << true << true << true;
-    QTest::newRow("append") << small << 3 << 3 << 6 << true << true << true;
-    QTest::newRow("missing file") << u"missing.txt"_s << 2 << 3 << 3 << true << true << true;
-    QTest::newRow("too many records") << small << 3 << full << full << false << false << true;
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<QString>("oil"); // the oil name sent to the panel
+    const QString open = u"open"_s, imp = u"import"_s, chain = u"chain"_s, drop = u"drop"_s;
+    const QString small = u"small.txt"_s, run1 = u"/data/run1.txt"_s, log = u"logs/NAKOS435.log"_s;
+    const QString combined = u"logs/NAKOS435.log_combined.txt"_s, oil = u"Turbine oil T46"_s;
+    const QString none;
+    const int full = 130000 - 2, room100 = 130000 - 100;
+    QTest::newRow("open: dialog cancelled")
+        << open << none << 1 << 3 << 3 << run1 << false << none << none;
+    QTest::newRow("open: data handling cancelled")
+        << open << small << 0 << 3 << 3 << small << false << none << none;
+    QTest::newRow("open: replace") << open << small << 1 << 3 << 3 << small << false << none << oil;
+    QTest::newRow("open: insert before")
+        << open << small << 2 << 3 << 6 << small << true << none << oil;
+    QTest::newRow("open: append") << open << small << 3 << 3 << 6 << small << true << none << oil;
+    QTest::newRow("open: missing file") << open << u"logs/missing.txt"_s << 2 << 3 << 3
+                                        << u"logs/missing.txt"_s << true << none << none;
+    QTest::newRow("open: too many records")
+        << open << small << 3 << full << full << run1 << false
+        << u"The 3 data points of \""_s + testData("small.txt") +
+               u"\" and the 129998 in memory exceed the limit of 130000 data points. "
+               "Nothing was loaded."_s
+        << none;
+    QTest::newRow("import: replace") << imp << log << 1 << 3 << 24 << run1 << false << none << none;
+    QTest::newRow("import: append with room 100")
+        << imp << log << 3 << room100 << room100 << run1 << false << none << none;
+    QTest::newRow("import: cancelled")
+        << imp << none << 1 << 3 << 3 << run1 << false << none << none;
+    QTest::newRow("chain: insert before")
+        << chain << log << 2 << 3 << 75 << run1 << true << none << none;
+    QTest::newRow("chain: not a start name") << chain << u"logs/run.log"_s << 1 << 3 << 3 << run1
+                                             << false << u"Invalid chain start filename"_s << none;
+    QTest::newRow("folder: two chosen, append")
+        << u"folder"_s << u"logs/"_s << 3 << 3 << 51 << combined << true << none << none;
+    QTest::newRow("drop: data file, append")
+        << drop << small << 3 << 3 << 6 << small << true << none << oil;
+    QTest::newRow("drop: log, replace")
+        << drop << u"logs/NAKOS436.LOG"_s << 1 << 3 << 24 << run1 << false << none << none;
+    QTest::newRow("drop: folder, append two")
+        << drop << u"logs"_s << 3 << 3 << 51 << combined << true << none << none;
+    QTest::newRow("drop: data handling cancelled")
+        << drop << small << 0 << 3 << 3 << small << false << none << none;
 }
 
-void TestSession::open() {
-    QFETCH(QString, file);
+void TestSession::reads() {
+    QFETCH(QString, command);
+    QFETCH(QString, choice);
     QFETCH(int, mode);
     QFETCH(int, held);
-    QFETCH(int, count);
+    QFETCH(QString, named);
     QFETCH(bool, changed);
-    QFETCH(bool, named);
-    QFETCH(bool, running);
+    QFETCH(QString, message);
+    QFETCH(QString, oil);
     SessionFixture f;
     f.start();
-    const bool tooMany = held > 3;
-    if (!file.isEmpty() && QDir::isRelativePath(file))
-        file = f.dir.filePath(file);
+    const QString logs = writeLogs(f.dir);
+    QVERIFY(!logs.isEmpty());
+    if (choice.endsWith(u".LOG"_s)) // a log is known by its name in any case
+        QVERIFY(QFile::rename(logs + u"NAKOS436.log"_s, logs + u"NAKOS436.LOG"_s));
     holdSavedPoints(f.store(), held);
     QSignalSpy zoomResets(&f.session, &MonitorSession::zoomResetRequested);
     QSignalSpy oilNames(&f.session, &MonitorSession::oilNameShown);
-    f.dialogs.fileAnswers << file;
+    const auto path = [&](const QString &name) {
+        if (name == u"small.txt"_s)
+            return testData("small.txt");
+        return name.isEmpty() || name.startsWith(u'/') ? name : f.dir.filePath(name);
+    };
     f.dialogs.modeAnswers << int16_t(mode);
-    f.session.file_open();
-    QCOMPARE(f.dialogs.calls[0].filter, u"Text data files (*.txt)|*.txt|All files (*.*)|*.*|"_s);
-    QCOMPARE(f.dialogs.calls[0].initialPath, u"/data/run1.txt"_s);
-    QCOMPARE(f.store().dataPoint_count, count);
-    QCOMPARE(f.session.autoSave().isRunning(), running);
-    QCOMPARE(f.notifier.shown.size(), tooMany ? 1 : 0);
-    if (tooMany)
-        QVERIFY(f.notifier.shown[0].text.contains(file));
-    const bool read = mode > 0 && QFile::exists(file) && !tooMany;
-    QCOMPARE(oilNames.size(), read ? 1 : 0); // the file's oil name goes to the panel
-    QCOMPARE(zoomResets.size(), 1);
-    if (!file.isEmpty())
-        QCOMPARE(f.title, title(named ? file : u"/data/run1.txt"_s, changed));
+    f.dialogs.selectionAnswer = {0, 2};
+    f.dialogs.fileAnswers << path(choice);
+    f.dialogs.folderAnswer = path(choice);
+    if (command == u"open"_s)
+        f.session.file_open();
+    else if (command == u"import"_s)
+        f.session.file_import();
+    else if (command == u"chain"_s)
+        f.session.file_importChain();
+    else if (command == u"folder"_s)
+        f.session.file_importDir();
+    else
+        f.session.file_dropped(path(choice));
+
+    QTEST(f.store().dataPoint_count, "count");
+    QCOMPARE(f.store().fileName_current, path(named));
+    QCOMPARE(f.store().data_changed, changed);
+    // Open always resets the zoom; the others when they got to reading.
+    const bool tried = command == u"open"_s || (!choice.isEmpty() && message.isEmpty());
+    QCOMPARE(zoomResets.size(), tried ? 1 : 0);
+    if (tried && !choice.isEmpty())
+        QCOMPARE(f.title, title(path(named), changed));
+    QCOMPARE(f.session.autoSave().isRunning(), !choice.isEmpty());
+    QCOMPARE(oilNames.size(), oil.isEmpty() ? 0 : 1);
+    if (!oil.isEmpty())
+        QCOMPARE(oilNames[0][0].toString(), oil);
+    QCOMPARE(f.notifier.shown.size(), message.isEmpty() ? 0 : 1);
+    if (!message.isEmpty()) {
+        const bool error = command == u"chain"_s;
+        QCOMPARE(f.notifier.shown[0].text, message);
+        QCOMPARE(f.notifier.shown[0].title, error ? u"Error"_s : QString());
+        QCOMPARE(f.notifier.shown[0].icon,
+                 error ? Notifier::Icon::Critical : Notifier::Icon::Exclamation);
+    }
+    if (named.endsWith(u"_combined.txt"_s))
+        QCOMPARE(f.dialogs.selectionCalls.value(0).size(), 3);
+    if (command == u"chain"_s && mode == 2) // inserted day by day before what was there
+        QVERIFY(f.store().dataPoints[0].day == 5 && f.store().dataPoints[71].day == 7);
+    if (command == u"folder"_s)
+        QCOMPARE(f.dialogs.folderCalls, QStringList{u"/data"_s});
+    if (command != u"drop"_s && command != u"folder"_s) {
+        QCOMPARE(f.dialogs.calls[0].filter,
+                 command == u"open"_s ? u"Text data files (*.txt)|*.txt|All files (*.*)|*.*|"_s
+                                      : u"Log files (*.log)|*.log|All files (*.*)|*.*|"_s);
+        QCOMPARE(f.dialogs.calls[0].initialPath, u"/data/run1.txt"_s);
+    }
+    if (command != u"drop"_s)
+        return;
+    // No file or folder dialog; changed data is offered for saving first,
+    // and Cancel ends the drop there.
+    QVERIFY(f.dialogs.calls.isEmpty() && f.dialogs.folderCalls.isEmpty());
+    QCOMPARE(f.dialogs.modeCalls, 1);
+    f.store().data_changed = true;
+    f.notifier.answers = {Notifier::Answer::Cancel};
+    f.session.file_dropped(path(choice));
+    QCOMPARE(f.notifier.shown.size(), 1);
+    QCOMPARE(f.dialogs.modeCalls, 1);
 }
 
 void TestSession::saveSaveAsAndExport() {
@@ -269,27 +345,22 @@ void TestSession::saveSaveAsAndExport() {
     QCOMPARE(f.dialogs.calls.size(), 3);
     QCOMPARE(f.dialogs.calls[2].initialPath, name);
 
-    // The export counts as saving but keeps the data file's name.
-    store.data_changed = true;
-    f.session.file_export(); // cancelled
+    store.data_changed = true; // the export clears it but keeps the data file's name
+    f.session.file_export();   // cancelled
     QVERIFY(store.data_changed);
     f.session.file_export();
     QCOMPARE(fileBytes(csv), fileBytes(testData("small.csv")));
     QCOMPARE(f.title, title(other, false));
     QCOMPARE(f.dialogs.calls[4].filter, u"CSV files (*.csv)|*.csv|All files (*.*)|*.*|"_s);
 
-    // A failed write clears the mark all the same and is not reported: the
-    // only box so far is the prompt that stopped Open above.
+    // A failed write clears the mark all the same and is not reported.
     store.fileName_current = f.dir.filePath(u"no/folder/x.txt"_s);
     store.data_changed = true;
     f.session.file_save();
     QVERIFY(!store.data_changed);
-    QCOMPARE(f.notifier.shown.size(), 1);
-    QCOMPARE(f.notifier.shown.last().text,
-             u"Data in memory has changed, do you want to save it now?"_s);
+    QCOMPARE(f.notifier.shown.size(), 1); // the prompt that stopped Open above
 
-    // The prompt's Yes saves (here asking for a name), then New goes on.
-    store.fileName_current.clear();
+    store.fileName_current.clear(); // the prompt's Yes asks for a name, then New goes on
     store.data_changed = true;
     f.notifier.answers = {Notifier::Answer::Yes};
     const QString viaPrompt = f.dir.filePath(u"prompt.txt"_s);
@@ -300,92 +371,16 @@ void TestSession::saveSaveAsAndExport() {
     QCOMPARE(store.dataPoint_count, 0);
 }
 
-void TestSession::imports_data() {
-    QTest::addColumn<QString>("command"); // import, chain or folder
-    QTest::addColumn<QString>("choice");  // the file or folder chosen, "" cancels
-    QTest::addColumn<int>("mode");
-    QTest::addColumn<int>("held");
-    QTest::addColumn<int>("count");
-    QTest::addColumn<QString>("message");
-
-    // Three daily logs, 24 readings each, from 5 March 2024 on.
-    const int room100 = 130000 - 100;
-    QTest::newRow("import, replace")
-        << u"import"_s << u"NAKOS435.log"_s << 1 << 3 << 24 << QString();
-    QTest::newRow("import, append with room 100")
-        << u"import"_s << u"NAKOS435.log"_s << 3 << room100 << room100 << QString();
-    QTest::newRow("import, cancelled") << u"import"_s << QString() << 1 << 3 << 3 << QString();
-    QTest::newRow("chain, insert before")
-        << u"chain"_s << u"NAKOS435.log"_s << 2 << 3 << 75 << QString();
-    QTest::newRow("chain, not a start name")
-        << u"chain"_s << u"run.log"_s << 1 << 3 << 3 << u"Invalid chain start filename"_s;
-    QTest::newRow("folder, two chosen, append")
-        << u"folder"_s << u"."_s << 3 << 3 << 51 << QString();
-}
-
-// The imports read through the one log import loop; the mark follows the
-// mode, the current name stays (the folder import names the combined data
-// after the first log), the autosave starts a new period, the zoom resets.
-void TestSession::imports() {
-    QFETCH(QString, command);
-    QFETCH(QString, choice);
-    QFETCH(int, mode);
-    QFETCH(int, held);
-    QFETCH(int, count);
-    QFETCH(QString, message);
-    SessionFixture f;
-    f.start();
-    const QString folder = writeLogs(f.dir);
-    QVERIFY(!folder.isEmpty());
-    holdSavedPoints(f.store(), held);
-    QSignalSpy zoomResets(&f.session, &MonitorSession::zoomResetRequested);
-    f.dialogs.modeAnswers << int16_t(mode);
-    if (command == u"folder"_s) {
-        f.dialogs.folderAnswer = folder;
-        f.dialogs.selectionAnswer = {0, 2};
-        f.session.file_importDir();
-        QCOMPARE(f.dialogs.selectionCalls.first().size(), 3);
-        QCOMPARE(f.store().fileName_current, folder + u"NAKOS435.log_combined.txt"_s);
-    } else {
-        f.dialogs.fileAnswers << (choice.isEmpty() ? choice : folder + choice);
-        if (command == u"chain"_s)
-            f.session.file_importChain();
-        else
-            f.session.file_import();
-        QCOMPARE(f.dialogs.calls[0].filter, u"Log files (*.log)|*.log|All files (*.*)|*.*|"_s);
-        QCOMPARE(f.store().fileName_current, u"/data/run1.txt"_s);
-    }
-    QCOMPARE(f.store().dataPoint_count, count);
-    QCOMPARE(f.notifier.shown.size(), message.isEmpty() ? 0 : 1);
-    if (!message.isEmpty()) {
-        QCOMPARE(f.notifier.shown[0].text, message);
-        QCOMPARE(f.notifier.shown[0].title, u"Error"_s);
-        QCOMPARE(f.notifier.shown[0].icon, Notifier::Icon::Critical);
-    }
-    const bool read = count != held;
-    QCOMPARE(f.store().data_changed, read && mode != 1);
-    QCOMPARE(f.session.autoSave().isRunning(), !choice.isEmpty());
-    QCOMPARE(zoomResets.size(), !choice.isEmpty() && message.isEmpty() ? 1 : 0);
-    if (mode == 2 && read) // inserted day by day before what was there, in date order
-        QVERIFY(f.store().dataPoints[0].day == 5 && f.store().dataPoints[71].day == 7);
-}
-
 // Four days of 48 readings appended with room for 101: the first two enter,
 // the third does not fit, the fourth is never tried, and the message says so.
 void TestSession::chainThatDoesNotFit() {
     SessionFixture f;
     f.start();
-    SimLogOptions logs;
-    logs.folder = f.dir.filePath(u"logs"_s);
-    QDir().mkpath(logs.folder);
-    logs.start = QDate(2024, 3, 5);
-    logs.days = 4;
-    logs.intervalSeconds = 1800;
-    QString error;
-    QCOMPARE(writeSimLogs(logs, &error).size(), 4);
+    const QString logs = writeLogs(f.dir, 4, 1800);
+    QVERIFY(!logs.isEmpty());
     holdSavedPoints(f.store(), 130000 - 101);
     f.dialogs.modeAnswers << int16_t(3);
-    f.dialogs.fileAnswers << logs.folder + u"/NAKOS435.log"_s;
+    f.dialogs.fileAnswers << logs + u"NAKOS435.log"_s;
     f.session.file_importChain();
     QCOMPARE(f.store().dataPoint_count, 130000 - 101 + 96);
     QCOMPARE(f.notifier.shown.size(), 1);
@@ -396,10 +391,8 @@ void TestSession::chainThatDoesNotFit() {
     QVERIFY(f.store().data_changed);
 }
 
-// Saved on the sixth tick, in the background, with the title's mark cleared
-// unless readings came in meanwhile; a folder that cannot be written leaves
-// the last minute's file whole; the folder is set through the File menu and
-// kept in the settings.
+// Saved on the sixth tick, in the background, the mark cleared unless
+// readings came in meanwhile.
 void TestSession::autosave() {
     SessionFixture f;
     f.start();
@@ -425,8 +418,8 @@ void TestSession::autosave() {
     const QByteArray line1 = "2024-03-05\t14:22:01\t0\t0.00\t0.00\t0.00\t0\t0\t0\r\n";
     QCOMPARE(fileBytes(name), fileBytes(testData("small.txt")) + line1);
 
-    // In a folder that cannot be written (root writes all the same) the file
-    // holds either the last minute's data or the new, never a part.
+    // A folder that cannot be written (root writes all the same) leaves the
+    // last minute's file whole.
     const QByteArray old = fileBytes(name);
     const QFile::Permissions rw = QFile(f.store().path_autosave).permissions();
     QFile(f.store().path_autosave).setPermissions(QFileDevice::ReadOwner | QFileDevice::ExeOwner);
@@ -448,8 +441,8 @@ void TestSession::autosave() {
     QCOMPARE(settings::readAutosavePath(f.session.settingsKey()), folder);
 }
 
-// While Open waits in the "Data handling" dialog, the other file commands
-// are ignored and the menus are told to switch them off.
+// While Open waits in the "Data handling" dialog, other file commands are
+// ignored.
 void TestSession::oneFileCommandAtATime() {
     SessionFixture f;
     f.start();
@@ -480,9 +473,9 @@ void TestSession::oneFileCommandAtATime() {
     QCOMPARE(busy[1][0].toBool(), false);
 }
 
-// The files named on the command line: the first replaces the memory (here
-// 10 points), the others are appended, data files as Open reads them, logs
-// as Import does, without a dialog; the title names the last data file.
+// The files named on the command line, without a dialog: the first replaces
+// the 10 points held, the others are appended; the title names the last data
+// file.
 void TestSession::commandLineFiles_data() {
     QTest::addColumn<QStringList>("files"); // in the test folder; "small.txt": the test file
     QTest::addColumn<int>("count");
@@ -511,17 +504,10 @@ void TestSession::commandLineFiles() {
     const auto path = [&](const QString &name) {
         return name == u"small.txt"_s ? testData("small.txt") : f.dir.filePath(name);
     };
-    if (files.first() == u"big.txt"_s) { // a reading a second from 1 January 2024 on
-        MeasurementStore &s = f.store();
-        s.dataPoint_count = 130000 - 2;
-        for (int i = 0; i < s.dataPoint_count; ++i)
-            s.dataPoints[size_t(i)] = DataPoint{.year = 2024,
-                                                .month = 1,
-                                                .day = uint8_t(1 + i / 86400),
-                                                .hour = uint8_t(i / 3600 % 24),
-                                                .minute = uint8_t(i / 60 % 60),
-                                                .second = uint8_t(i % 60)};
-        QVERIFY(!DataFile(s).dataFile_save(path(u"big.txt"_s), false).failed());
+    if (files.first() == u"big.txt"_s) {
+        const std::vector<DataPoint> big = secondsApart(130000 - 2, 2024);
+        QVERIFY(!f.store().merge(big.data(), 130000 - 2, MergeMode::Replace));
+        QVERIFY(!DataFile(f.store()).dataFile_save(path(u"big.txt"_s), false).failed());
     }
     holdSavedPoints(f.store(), 10);
     QStringList given;
@@ -540,53 +526,6 @@ void TestSession::commandLineFiles() {
     QCOMPARE(f.dialogs.modeCalls, 0);
     QVERIFY(f.session.autoSave().isRunning());
     QVERIFY(!f.session.busy());
-}
-
-// A file or folder dropped on the window runs Open, Import or Import
-// directory by its kind, with the save prompt and the "Data handling"
-// choice but without the file or folder dialog.
-void TestSession::drops_data() {
-    QTest::addColumn<QString>("dropped"); // in the logs folder; "small.txt": the test file
-    QTest::addColumn<int>("mode");
-    QTest::addColumn<int>("count"); // 3 points held before
-    QTest::addColumn<QString>("named");
-    QTest::newRow("data file, append") << u"small.txt"_s << 3 << 6 << u"small.txt"_s;
-    QTest::newRow("log, replace") << u"NAKOS436.LOG"_s << 1 << 24 << u"/data/run1.txt"_s;
-    QTest::newRow("folder, append two") << u"."_s << 3 << 51 << u"logs/NAKOS435.log_combined.txt"_s;
-    QTest::newRow("data handling cancelled") << u"small.txt"_s << 0 << 3 << u"small.txt"_s;
-}
-
-void TestSession::drops() {
-    QFETCH(QString, dropped);
-    QFETCH(int, mode);
-    QFETCH(QString, named);
-    SessionFixture f;
-    f.start();
-    const QString logs = writeLogs(f.dir);
-    QVERIFY(QFile::rename(logs + u"NAKOS436.log"_s, logs + u"NAKOS436.LOG"_s));
-    holdSavedPoints(f.store(), 3);
-    f.dialogs.modeAnswers << int16_t(mode);
-    f.dialogs.selectionAnswer = {0, 1};
-    const auto path = [&](const QString &name) {
-        if (name == u"small.txt"_s)
-            return testData("small.txt");
-        return name.startsWith(u'/') ? name : QDir::cleanPath(logs + name);
-    };
-    f.session.file_dropped(path(dropped));
-
-    QTEST(f.store().dataPoint_count, "count");
-    QCOMPARE(f.store().fileName_current,
-             named.startsWith(u"logs/"_s) ? f.dir.filePath(named) : path(named));
-    QVERIFY(f.dialogs.calls.isEmpty() && f.dialogs.folderCalls.isEmpty());
-    QCOMPARE(f.dialogs.modeCalls, 1);
-    QCOMPARE(f.dialogs.selectionCalls.size(), dropped == u"."_s ? 1 : 0);
-
-    // Changed data is offered for saving first; Cancel ends the drop there.
-    f.store().data_changed = true;
-    f.notifier.answers = {Notifier::Answer::Cancel};
-    f.session.file_dropped(path(dropped));
-    QCOMPARE(f.notifier.shown.size(), 1);
-    QCOMPARE(f.dialogs.modeCalls, 1);
 }
 
 QTEST_GUILESS_MAIN(TestSession)

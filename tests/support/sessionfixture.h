@@ -10,12 +10,12 @@
 #include <memory>
 
 // One session over its own working folder, settings file, scripted message
-// boxes and file dialogs and a fixed clock; `title` follows what the session
-// announces. start() runs start-up, so a test can prepare the settings file
-// before it.
+// boxes (or the given notifier's) and file dialogs and a fixed clock; `title`
+// follows what the session announces. start() runs start-up, so a test can
+// prepare the settings file before it.
 struct SessionFixture {
-    SessionFixture()
-        : session({notifier, clock, dialogs}, ownStore,
+    explicit SessionFixture(Notifier *shownBy = nullptr)
+        : session({shownBy ? *shownBy : notifier, clock, dialogs}, ownStore,
                   std::make_unique<FileRegistryKey>(dir.filePath(QStringLiteral("settings.reg")),
                                                     QLatin1String("HKEY_LOCAL_MACHINE\\") +
                                                         settings::keyPath())) {
