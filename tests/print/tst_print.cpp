@@ -85,12 +85,6 @@ private slots:
         set->display_data();
     }
 
-    void cleanupTestCase() {
-        set.reset();
-        area.reset();
-        fixture.reset();
-    }
-
     // Through the print command: the dialog always comes first; then water,
     // temperature, pressure, each if its setting is on and it is not busy
     // drawing, one document each with the dialog's copies and orientation,
