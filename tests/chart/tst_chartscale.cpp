@@ -1,7 +1,5 @@
-// The arithmetic of the charts without any painting: rounding, the step
-// cascade, label and cursor formats, window snapping, the buffer limits and
-// the cursor's point index. Placement and the zoom arithmetic are driven by
-// real windows and mouse events in the chart window tests.
+// The arithmetic of the charts without any painting. Placement and zoom are
+// driven by real windows in the chart window tests.
 #include "chart/chartmodel.h"
 #include "chart/chartscale.h"
 #include "chart/windowlayout.h"

@@ -1,8 +1,5 @@
-// The three programs' command lines as a shell sees them: --help and
-// --version on standard output with status 0, a bad command line on
-// standard error with status 2; all without a display, and without leaving
-// settings or folders behind. The manual pages name every option --help
-// lists.
+// The three programs' command lines as a shell sees them, without a display
+// and without leaving files behind; the manual pages against --help.
 #include <QDir>
 #include <QFile>
 #include <QProcess>

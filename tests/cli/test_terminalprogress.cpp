@@ -1,5 +1,4 @@
-// nakos-tool's progress line on a terminal, read back as the terminal would
-// show it.
+// nakos-tool's progress line as a terminal would show it.
 #include "terminalprogress.h"
 
 #include <QTest>

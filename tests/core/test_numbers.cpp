@@ -1,5 +1,4 @@
-// Numbers in sensor and file texts: the single and integer parsers, the
-// leading number and the padded year.
+// Numbers in sensor and file texts.
 #include "core/numbers.h"
 #include "core/timetext.h"
 

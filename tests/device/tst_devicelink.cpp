@@ -5,7 +5,6 @@
 #include "sensorsim.h"
 #include "support/scriptednotifier.h"
 
-#include <QFile>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -43,18 +42,6 @@ struct Rig {
     DeviceLink link{*store, notifier};
     QSignalSpy polled{&link, &DeviceLink::pollFinished};
 };
-
-// The resident memory of this process in KiB, for the figures the test prints.
-long residentKiB() {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').first().toLong();
-    }
-    return -1;
-}
 
 } // namespace
 
@@ -195,14 +182,8 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(rig.store->dataPoint_count, logged, 60000);
         // Four more MiB of talk, all of it read and none of it kept.
         const uint64_t logBytes = rig.link.health().bytesReceived;
-        const long rssLog = residentKiB();
         QTRY_VERIFY_WITH_TIMEOUT(rig.link.health().bytesReceived > logBytes + 4 * 1024 * 1024,
                                  60000);
-        qInfo(
-            "%llu bytes received, at most %lld held; resident %ld KiB after the log, %ld KiB after "
-            "%llu more bytes",
-            qulonglong(rig.link.health().bytesReceived), qlonglong(mostHeld), rssLog, residentKiB(),
-            qulonglong(rig.link.health().bytesReceived - logBytes));
         QVERIFY(inOrder);
         QCOMPARE(next, logged);
         QVERIFY(mostHeld < 64 * 1024);

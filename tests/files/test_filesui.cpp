@@ -1,5 +1,4 @@
-// What the Data handling dialog returns: 1 to 3 for its options, 0 for
-// Cancel and Escape; the rows the import selection returns.
+// What the Data handling and import selection dialogs return.
 #include "files/ui/datahandlingdialog.h"
 #include "files/ui/importselectiondialog.h"
 #include "files/ui/qtfiledialogs.h"

@@ -1,5 +1,4 @@
-// Daily log chains found by name, and the log files of a folder with the
-// time span each covers.
+// Daily log chains found by name; a folder's log files and their time spans.
 #include "logtext.h"
 
 #include "files/logchain.h"
@@ -57,7 +56,6 @@ private slots:
     void chain() {
         QFETCH(QStringList, present);
         QFETCH(QString, start);
-        QFETCH(QStringList, chain);
         QTemporaryDir dir;
         for (const QString &name : std::as_const(present))
             QVERIFY(writeFile(dir.filePath(name), name.toLatin1()));
@@ -67,7 +65,7 @@ private slots:
             QCOMPARE(f.size, QFileInfo(f.path).fileName().size());
             found << QFileInfo(f.path).fileName();
         }
-        QCOMPARE(found, chain);
+        QTEST(found, "chain");
     }
 
     // Invalid: lower-case prefix, prefix inside, too short, month 0, month 13,

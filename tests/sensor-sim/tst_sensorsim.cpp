@@ -1,5 +1,4 @@
-// The simulated sensor: its log, the exact bytes of its replies and the
-// faults it adds on request; the daily log files it writes.
+// The simulated sensor: its log, replies and faults; the log files it writes.
 #include "core/clock.h"
 #include "files/logchain.h"
 #include "files/logimport.h"

@@ -1,5 +1,4 @@
-// The persistent settings in their registry-format file, and the folders
-// prepared at start-up.
+// The settings in their registry-format file; the folders made at start-up.
 #include "settings/filekey.h"
 #include "settings/settings.h"
 #include "settings/startupfolders.h"
