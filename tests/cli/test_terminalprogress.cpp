@@ -36,22 +36,18 @@ private Q_SLOTS:
 
     void line_data() {
         QTest::addColumn<qint64>("delayMs");
-        // "begin <caption>", "set <percent>" or "end", in order.
-        QTest::addColumn<QStringList>("steps");
+        QTest::addColumn<QStringList>("steps"); // "begin <caption>", "set <percent>" or "end"
         QTest::addColumn<QByteArray>("shown");
-        const QStringList loading{QStringLiteral("begin Loading file..."),
-                                  QStringLiteral("set 42")};
-        QTest::newRow("running") << qint64(0) << loading
-                                 << QByteArray("nakos-tool: Loading file...  42%");
-        QTest::newRow("wiped at the end")
-            << qint64(0) << loading + QStringList{QStringLiteral("end")} << QByteArray();
-        QTest::newRow("a short run prints nothing") << qint64(60000) << loading << QByteArray();
-        QTest::newRow("a shorter caption leaves no tail")
-            << qint64(0)
-            << QStringList{QStringLiteral("begin Loading a long file name..."),
-                           QStringLiteral("set 100"), QStringLiteral("end"),
-                           QStringLiteral("begin Saving"), QStringLiteral("set 7")}
-            << QByteArray("nakos-tool: Saving   7%");
+        const auto row = [](const char *name, qint64 delayMs, const char *steps,
+                            const QByteArray &shown) {
+            QTest::newRow(name) << delayMs << QString::fromLatin1(steps).split(u'|') << shown;
+        };
+        row("running", 0, "begin Loading file...|set 42", "nakos-tool: Loading file...  42%");
+        row("wiped at the end", 0, "begin Loading file...|set 42|end", "");
+        row("a short run prints nothing", 60000, "begin Loading file...|set 42", "");
+        row("a shorter caption leaves no tail", 0,
+            "begin Loading a long file name...|set 100|end|begin Saving|set 7",
+            "nakos-tool: Saving   7%");
     }
 
     void line() {

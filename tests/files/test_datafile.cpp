@@ -114,14 +114,22 @@ private slots:
         QCOMPARE(rig.save(), header);
     }
 
-    void dataLines_data() {
+    // Data rows give the records read, the water value and the stream of the
+    // last; metadata rows the calibration pairs read and the oil name if any.
+    void lines_data() {
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<int>("count");
         QTest::addColumn<float>("water");
         QTest::addColumn<int>("stream");
+        QTest::addColumn<int>("pairs");
+        QTest::addColumn<QStringList>("oilNames");
         const auto row = [](const char *name, const QByteArray &text, int count = 0,
                             float water = 0.0f, int stream = 2) {
-            QTest::newRow(name) << text << count << water << stream;
+            QTest::newRow(name) << text << count << water << stream << 0 << QStringList();
+        };
+        const auto meta = [](const char *name, const QByteArray &text, int pairs,
+                             const QStringList &oilNames = {}) {
+            QTest::newRow(name) << text << 0 << 0.0f << 0 << pairs << oilNames;
         };
         const QByteArray d = "2024-03-07\t09:05:00\t";
         const QByteArray t = "\t1013.25\t45.10\t0.35\t31245\t28790\t2";
@@ -148,57 +156,39 @@ private slots:
             QByteArray(100000, '9') + "-03-07\t09:05:00\t1" + t + "\r\n" + d + "6" + t + "\r\n", 2,
             6.0f);
         row("unknown key", ":foo=2024-03-07\r\n");
+        const int cap = DataFileScanner::maxMetaLine;
+        meta("empty oil name", ":oilname=\r\n", 0, {QString()});
+        meta("over the line cap", ":oilname=" + QByteArray(cap + 5000, 'x') + "\r\n", 0,
+             {QString(cap - 9, QLatin1Char('x'))});
+        meta("Latin-1, trimmed, # kept", ":oilname=  Gear #2 \xE9l \r\n", 0,
+             {QStringLiteral("Gear #2 \xE9l")});
+        meta("no value", ":alarmthreshold=\r\n", 0);
+        meta("empties skipped, odd one out", ":calsource=\t0.1\t\t5\t0,2\r\n", 1);
+        meta("second line adds", ":calsource=1\t2\t3\t4\r\n:calsource=5\t6\r\n", 3);
+        meta("ten pairs kept", ":calsource=" + QByteArray("1\t2\t").repeated(12) + "\r\n", 10);
     }
 
-    void dataLines() {
+    void lines() {
         QFETCH(QByteArray, text);
         QFETCH(int, count);
-        QFETCH(float, water);
-        QFETCH(int, stream);
-        Rig rig;
-        QVERIFY(!rig.load(text).failed());
-        QCOMPARE(rig.store.dataPoint_count, count);
-        if (count > 0) {
-            QCOMPARE(rig.store.dataPoints[size_t(count - 1)].water, water);
-            QCOMPARE(int(rig.store.dataPoints[size_t(count - 1)].stream), stream);
-        }
-        if (text.startsWith("99999"))
-            QCOMPARE(int(rig.store.dataPoints[0].year), 32767);
-        // Block splits against the whole-line path: fuzz_files_datafile.
-    }
-
-    void metadataLines_data() {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<int>("pairs");
-        QTest::addColumn<QStringList>("oilNames");
-        const auto row = [](const char *name, const QByteArray &text, int pairs,
-                            const QStringList &oilNames = {}) {
-            QTest::newRow(name) << text << pairs << oilNames;
-        };
-        const int cap = DataFileScanner::maxMetaLine;
-        row("empty oil name", ":oilname=\r\n", 0, {QString()});
-        row("over the line cap", ":oilname=" + QByteArray(cap + 5000, 'x') + "\r\n", 0,
-            {QString(cap - 9, QLatin1Char('x'))});
-        row("Latin-1, trimmed, # kept", ":oilname=  Gear #2 \xE9l \r\n", 0,
-            {QStringLiteral("Gear #2 \xE9l")});
-        row("no value", ":alarmthreshold=\r\n", 0);
-        row("empties skipped, odd one out", ":calsource=\t0.1\t\t5\t0,2\r\n", 1);
-        row("second line adds", ":calsource=1\t2\t3\t4\r\n:calsource=5\t6\r\n", 3);
-        row("ten pairs kept", ":calsource=" + QByteArray("1\t2\t").repeated(12) + "\r\n", 10);
-    }
-
-    void metadataLines() {
-        QFETCH(QByteArray, text);
         Rig rig;
         rig.store.alarmThreshold = 33.0f;
         rig.store.calSource.count = 3;
         const FileResult r = rig.load(text);
         QVERIFY(!r.failed());
+        QCOMPARE(rig.store.dataPoint_count, count);
+        if (count > 0) {
+            QTEST(rig.store.dataPoints[size_t(count - 1)].water, "water");
+            QTEST(int(rig.store.dataPoints[size_t(count - 1)].stream), "stream");
+        }
+        if (text.startsWith("99999"))
+            QCOMPARE(int(rig.store.dataPoints[0].year), 32767);
         QTEST(r.oilName ? QStringList{*r.oilName} : QStringList(), "oilNames");
         if (r.oilName)
             QCOMPARE(rig.store.oilName, *r.oilName);
-        QCOMPARE(rig.store.alarmThreshold, 33.0f); // kept when the line has no value
+        QCOMPARE(rig.store.alarmThreshold, 33.0f); // kept without a line with a value
         QTEST(int(rig.store.calSource.count), "pairs");
+        // Block splits against the whole-line path: fuzz_files_datafile.
     }
 
     // One record too many fails and leaves records, metadata and the mark as they
