@@ -1,6 +1,4 @@
-// Pixel rules of the chart drawing, checked on QImages: frame, background,
-// grids, level lines, the clamped curve, the single-point line, the dates of
-// the visible ends, odd input and the guard against a second drawing.
+// Pixel rules of the chart drawing, checked on QImages.
 #include "chart/chartrender.h"
 #include "chart/chartscale.h"
 #include "chart/chartstyle.h"

@@ -1,6 +1,4 @@
-// The display fill: bucket averaging of the store into the four charts with
-// its one-bucket offset, the stream filter, per cent water, the temperature
-// limits, the alarm line and the axis texts.
+// The display fill: the store averaged into the four charts' buckets.
 #include "chart/displayfill.h"
 #include "core/store.h"
 

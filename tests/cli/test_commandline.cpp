@@ -1,8 +1,5 @@
-// The three programs' command lines as a shell sees them: --help and
-// --version on standard output with status 0, a bad command line on
-// standard error with status 2; all without a display, and without leaving
-// settings or folders behind. The manual pages name every option --help
-// lists.
+// The three programs' command lines as a shell sees them, without a display
+// and without leaving files behind; the manual pages against --help.
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -48,132 +45,114 @@ Outcome run(const QString &program, const QStringList &args) {
     return o;
 }
 
+QStringList words(const char *line) {
+    return QString::fromLatin1(line).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
 } // namespace
 
 class TestCommandLine : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void answers_data();
-    void answers();
-    void manPageNamesEveryOption_data();
-    void manPageNamesEveryOption();
-};
 
-void TestCommandLine::answers_data() {
-    QTest::addColumn<QString>("program");
-    QTest::addColumn<QStringList>("args");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("out");  // how standard output starts; "" for nothing
-    QTest::addColumn<QString>("err");  // its first line on standard error; "" for nothing
-    QTest::addColumn<QString>("hint"); // its second line, or "" for none
-
-    const QString version = QStringLiteral(NAKOS_PROJECT_VERSION "\n");
-    const QString monitor = QStringLiteral("nakos-monitor"), tool = QStringLiteral("nakos-tool"),
-                  sim = QStringLiteral("nakos-sensor-sim"), none;
-    const auto tryHelp = [](const char *command) {
-        return QStringLiteral("Try '%1 --help' for more information.").arg(QLatin1String(command));
-    };
-    const auto args = [](const char *line) {
-        return QString::fromLatin1(line).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    };
-    // clang-format off
-    QTest::newRow("monitor help") << monitor << args("--help") << 0
-        << QStringLiteral("Usage: nakos-monitor [OPTION]...\n") << none << none;
-    QTest::newRow("monitor version") << monitor << args("--version") << 0
-        << QStringLiteral("nakos-monitor ") + version << none << none;
-    QTest::newRow("monitor unknown option") << monitor << args("--demo --bogus") << 2
-        << none << QStringLiteral("nakos-monitor: unknown option '--bogus'") << tryHelp("nakos-monitor");
-    QTest::newRow("monitor bad port") << monitor << args("--port 20 --start-query") << 2
-        << none << QStringLiteral("nakos-monitor: --port takes a port number from 1 to 19, not '20'")
-        << none;
-
-    QTest::newRow("tool help") << tool << args("-h") << 0
-        << QStringLiteral("Usage: nakos-tool COMMAND") << none << none;
-    QTest::newRow("tool version") << tool << args("--version") << 0
-        << QStringLiteral("nakos-tool ") + version << none << none;
-    QTest::newRow("tool command help") << tool << args("convert --help") << 0
-        << QStringLiteral("Usage: nakos-tool convert ") << none << none;
-    QTest::newRow("tool without command") << tool << args("") << 2
-        << none << QStringLiteral("nakos-tool: missing command") << tryHelp("nakos-tool");
-    QTest::newRow("tool unknown option") << tool << args("--bogus") << 2
-        << none << QStringLiteral("nakos-tool: unknown option '--bogus'") << tryHelp("nakos-tool");
-    QTest::newRow("tool unknown command") << tool << args("frobnicate") << 2
-        << none << QStringLiteral("nakos-tool: unknown command 'frobnicate'") << tryHelp("nakos-tool");
-    QTest::newRow("tool command's unknown option") << tool << args("info --bogus x") << 2
-        << none << QStringLiteral("nakos-tool: info: unknown option '--bogus'") << tryHelp("nakos-tool info");
-    QTest::newRow("tool bad value") << tool << args("record --port 1 --polls x out") << 2
-        << none << QStringLiteral("nakos-tool: record: --polls must be a positive whole number")
-        << tryHelp("nakos-tool record");
-
-    QTest::newRow("sim help") << sim << args("--help") << 0
-        << QStringLiteral("Usage: ") << none << none;
-    QTest::newRow("sim version") << sim << args("-v") << 0
-        << QStringLiteral("nakos-sensor-sim ") + version << none << none;
-    QTest::newRow("sim unknown option") << sim << args("--bogus") << 2
-        << none << QStringLiteral("nakos-sensor-sim: Unknown option 'bogus'.") << tryHelp("nakos-sensor-sim");
-    QTest::newRow("sim argument") << sim << args("extra") << 2
-        << none << QStringLiteral("nakos-sensor-sim: unexpected argument 'extra'") << tryHelp("nakos-sensor-sim");
-    QTest::newRow("sim bad number") << sim << args("--interval soon") << 2
-        << none << QStringLiteral("nakos-sensor-sim: --interval takes a whole number of 0 or more, not 'soon'")
-        << none;
-    // clang-format on
-}
-
-void TestCommandLine::answers() {
-    QFETCH(QString, program);
-    QFETCH(QStringList, args);
-    QFETCH(QString, out);
-    QFETCH(QString, err);
-    QFETCH(QString, hint);
-    const Outcome o = run(program, args);
-    QTEST(o.status, "status");
-    QVERIFY2(out.isEmpty() ? o.out.isEmpty() : o.out.startsWith(out), qPrintable(o.out));
-    QStringList expected;
-    for (const QString &line : {err, hint}) {
-        if (!line.isEmpty())
-            expected << line + QLatin1Char('\n');
+    void answers_data() {
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("out"); // how standard output starts; "" for nothing
+        QTest::addColumn<QString>("err"); // all of standard error
+        const auto ok = [](const char *name, const char *program, const char *line,
+                           const QString &out) {
+            QTest::newRow(name) << QString::fromLatin1(program) << words(line) << 0 << out
+                                << QString();
+        };
+        // The error line, then the hint to the --help of `helpOf` if given.
+        const auto bad = [](const char *name, const char *program, const char *line,
+                            const char *error, const char *helpOf = nullptr) {
+            QString err = QString::fromLatin1(error) + QLatin1Char('\n');
+            if (helpOf)
+                err += QStringLiteral("Try '%1 --help' for more information.\n")
+                           .arg(QLatin1String(helpOf));
+            QTest::newRow(name) << QString::fromLatin1(program) << words(line) << 2 << QString()
+                                << err;
+        };
+        const QString version = QStringLiteral(" " NAKOS_PROJECT_VERSION "\n");
+        const char *monitor = "nakos-monitor", *tool = "nakos-tool", *sim = "nakos-sensor-sim";
+        ok("monitor help", monitor, "--help", QStringLiteral("Usage: nakos-monitor [OPTION]...\n"));
+        ok("monitor version", monitor, "--version", QStringLiteral("nakos-monitor") + version);
+        bad("monitor unknown option", monitor, "--demo --bogus",
+            "nakos-monitor: unknown option '--bogus'", monitor);
+        bad("monitor bad port", monitor, "--port 20 --start-query",
+            "nakos-monitor: --port takes a port number from 1 to 19, not '20'");
+        ok("tool help", tool, "-h", QStringLiteral("Usage: nakos-tool COMMAND"));
+        ok("tool version", tool, "--version", QStringLiteral("nakos-tool") + version);
+        ok("tool command help", tool, "convert --help",
+           QStringLiteral("Usage: nakos-tool convert "));
+        bad("tool without command", tool, "", "nakos-tool: missing command", tool);
+        bad("tool unknown option", tool, "--bogus", "nakos-tool: unknown option '--bogus'", tool);
+        bad("tool unknown command", tool, "frobnicate", "nakos-tool: unknown command 'frobnicate'",
+            tool);
+        bad("tool command's unknown option", tool, "info --bogus x",
+            "nakos-tool: info: unknown option '--bogus'", "nakos-tool info");
+        bad("tool bad value", tool, "record --port 1 --polls x out",
+            "nakos-tool: record: --polls must be a positive whole number", "nakos-tool record");
+        ok("sim help", sim, "--help", QStringLiteral("Usage: "));
+        ok("sim version", sim, "-v", QStringLiteral("nakos-sensor-sim") + version);
+        bad("sim unknown option", sim, "--bogus", "nakos-sensor-sim: Unknown option 'bogus'.", sim);
+        bad("sim argument", sim, "extra", "nakos-sensor-sim: unexpected argument 'extra'", sim);
+        bad("sim bad number", sim, "--interval soon",
+            "nakos-sensor-sim: --interval takes a whole number of 0 or more, not 'soon'");
     }
-    QCOMPARE(o.err, expected.join(QString()));
-    QCOMPARE(o.leftBehind, QStringList());
-}
 
-void TestCommandLine::manPageNamesEveryOption_data() {
-    QTest::addColumn<QString>("program");
-    QTest::addColumn<QStringList>("helpArgs");
-    QTest::newRow("nakos-monitor") << QStringLiteral("nakos-monitor") << QStringList{};
-    // The tool's options belong to its commands: every command's usage.
-    QStringList toolHelp{QString()};
-    for (const char *command : {"convert", "info", "plot", "record"})
-        toolHelp << QString::fromLatin1(command);
-    QTest::newRow("nakos-tool") << QStringLiteral("nakos-tool") << toolHelp;
-    QTest::newRow("nakos-sensor-sim") << QStringLiteral("nakos-sensor-sim") << QStringList{};
-}
-
-void TestCommandLine::manPageNamesEveryOption() {
-    QFETCH(QString, program);
-    QFETCH(QStringList, helpArgs);
-    QFile page(QStringLiteral(NAKOS_MAN_DIR "/%1.1").arg(program));
-    QVERIFY(page.open(QIODevice::ReadOnly));
-    const QString roff = QString::fromUtf8(page.readAll());
-    QVERIFY2(roff.contains(
-                 QStringLiteral("\"%1 %2\"").arg(program, QStringLiteral(NAKOS_PROJECT_VERSION))),
-             "the .TH line names another version");
-    if (helpArgs.isEmpty())
-        helpArgs << QString();
-    static const QRegularExpression option(QStringLiteral("--[a-z][a-z-]*"));
-    for (const QString &command : std::as_const(helpArgs)) {
-        QStringList args{QStringLiteral("--help")};
-        if (!command.isEmpty())
-            args.prepend(command);
+    void answers() {
+        QFETCH(QString, program);
+        QFETCH(QStringList, args);
+        QFETCH(QString, out);
         const Outcome o = run(program, args);
-        QCOMPARE(o.status, 0);
-        for (const QRegularExpressionMatch &m : option.globalMatch(o.out)) {
-            QString name = m.captured();
-            QVERIFY2(roff.contains(name.replace(QLatin1Char('-'), QLatin1String("\\-"))),
-                     qPrintable(program + QLatin1Char(' ') + m.captured()));
+        QTEST(o.status, "status");
+        QVERIFY2(out.isEmpty() ? o.out.isEmpty() : o.out.startsWith(out), qPrintable(o.out));
+        QTEST(o.err, "err");
+        QCOMPARE(o.leftBehind, QStringList());
+    }
+
+    void manPageNamesEveryOption_data() {
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<QStringList>("helpArgs"); // the commands whose usage to read; "" for none
+        // The tool's options belong to its commands.
+        const auto row = [](const char *program, const char *commands = "") {
+            QTest::newRow(program)
+                << QString::fromLatin1(program) << QStringList{QString()} + words(commands);
+        };
+        row("nakos-monitor");
+        row("nakos-tool", "convert info plot record");
+        row("nakos-sensor-sim");
+    }
+
+    void manPageNamesEveryOption() {
+        QFETCH(QString, program);
+        QFETCH(QStringList, helpArgs);
+        QFile page(QStringLiteral(NAKOS_MAN_DIR "/%1.1").arg(program));
+        QVERIFY(page.open(QIODevice::ReadOnly));
+        const QString roff = QString::fromUtf8(page.readAll());
+        QVERIFY2(
+            roff.contains(
+                QStringLiteral("\"%1 %2\"").arg(program, QStringLiteral(NAKOS_PROJECT_VERSION))),
+            "the .TH line names another version");
+        static const QRegularExpression option(QStringLiteral("--[a-z][a-z-]*"));
+        for (const QString &command : std::as_const(helpArgs)) {
+            QStringList args{QStringLiteral("--help")};
+            if (!command.isEmpty())
+                args.prepend(command);
+            const Outcome o = run(program, args);
+            QCOMPARE(o.status, 0);
+            for (const QRegularExpressionMatch &m : option.globalMatch(o.out)) {
+                QString name = m.captured();
+                QVERIFY2(roff.contains(name.replace(QLatin1Char('-'), QLatin1String("\\-"))),
+                         qPrintable(program + QLatin1Char(' ') + m.captured()));
+            }
         }
     }
-}
+};
 
 QTEST_GUILESS_MAIN(TestCommandLine)
 #include "test_commandline.moc"

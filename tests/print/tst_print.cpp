@@ -1,6 +1,5 @@
-// Printing the charts: which charts a run prints, in which order, where the
-// page lands on the paper, and real PDF files from the program's own
-// printer, read back with poppler.
+// Printing the charts, on recorded pages and as PDF files read back with
+// poppler.
 #include "chart/chartstyle.h"
 #include "chart/ui/chartset.h"
 #include "chart/ui/dataview.h"
@@ -85,12 +84,6 @@ private slots:
         set->display_data();
     }
 
-    void cleanupTestCase() {
-        set.reset();
-        area.reset();
-        fixture.reset();
-    }
-
     // Through the print command: the dialog always comes first; then water,
     // temperature, pressure, each if its setting is on and it is not busy
     // drawing, one document each with the dialog's copies and orientation,
@@ -115,7 +108,6 @@ private slots:
         QFETCH(bool, cancel);
         QFETCH(QList<bool>, settings);
         QFETCH(bool, waterBusy);
-        QFETCH(QList<ChartQuantity>, expected);
         DisplayFlags flags;
         flags.printWater = settings[0];
         flags.printTemperature = settings[1];
@@ -147,7 +139,7 @@ private slots:
                 QVERIFY((ink.topLeft() - paper.topLeft()).manhattanLength() <= 2);
                 QVERIFY((ink.bottomRight() - paper.bottomRight()).manhattanLength() <= 2);
             }
-            QCOMPARE(printed, expected);
+            QTEST(printed, "expected");
         }
     }
 
