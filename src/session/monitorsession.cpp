@@ -222,13 +222,12 @@ bool MonitorSession::Metadata::operator==(const Metadata &o) const {
         return true;
     };
     return oilName == o.oilName && alarmThreshold == o.alarmThreshold &&
-           alarmDelay == o.alarmDelay &&
-           sameTable(calSource, o.calSource) && sameTable(calTable, o.calTable);
+           alarmDelay == o.alarmDelay && sameTable(calSource, o.calSource) &&
+           sameTable(calTable, o.calTable);
 }
 
 MonitorSession::Metadata MonitorSession::metadataOf(const MeasurementStore &store) {
-    return {store.oilName, store.alarmThreshold, store.alarmDelay, store.calSource,
-            store.calTable};
+    return {store.oilName, store.alarmThreshold, store.alarmDelay, store.calSource, store.calTable};
 }
 
 void MonitorSession::checkMetadata() {

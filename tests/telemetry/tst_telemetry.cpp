@@ -154,9 +154,10 @@ void TestTelemetry::payloads_data() {
                                         "\"cal_table\":[]}");
     QTest::newRow("meta without threshold")
         << QByteArray("meta none")
-        << QByteArray("{\"sensor\":\"ship1\",\"oil_name\":\"Shell \\\"T\\\"\","
-                      "\"alarm_threshold\":null,\"alarm_delay\":null,\"cal_source\":[[0.12500,150]],"
-                      "\"cal_table\":[]}");
+        << QByteArray(
+               "{\"sensor\":\"ship1\",\"oil_name\":\"Shell \\\"T\\\"\","
+               "\"alarm_threshold\":null,\"alarm_delay\":null,\"cal_source\":[[0.12500,150]],"
+               "\"cal_table\":[]}");
 }
 
 void TestTelemetry::payloads() {
