@@ -15,6 +15,9 @@ QString MonitorSession::telemetry_start(TelemetryConfig config) {
     if (config.sensorId.isEmpty())
         config.sensorId =
             telemetry_defaultSensorId(QSysInfo::machineHostName(), m_link->portDevice());
+    // Readings wait here while the broker is away, also across a restart.
+    if (config.outboxDir.isEmpty())
+        config.outboxDir = QDir(m_store.path_data).filePath(QStringLiteral("nakos-outbox"));
     if (QString error = telemetry_validate(config); !error.isEmpty()) {
         m_telemetryState = error;
         emit telemetryStateChanged(m_telemetryState);
@@ -55,8 +58,6 @@ QString MonitorSession::telemetry_applyStation() {
         config.prefix = m_station.mqttPrefix;
     config.caFile = m_station.mqttCaFile;
     config.passwordFile = m_station.mqttPasswordFile;
-    // Readings wait here while the broker is away, also across a restart.
-    config.outboxDir = QDir(m_store.path_data).filePath(QStringLiteral("nakos-outbox"));
     if (const QString error = telemetry_parseUrl(config.url, config); !error.isEmpty()) {
         m_telemetryState = error;
         emit telemetryStateChanged(m_telemetryState);

@@ -35,12 +35,7 @@ QString TelemetryPublisher::start(const TelemetryConfig &config) {
     m_readingTopic = config.topic(QStringLiteral("reading")).toUtf8();
     m_statusTopic = config.topic(QStringLiteral("status")).toUtf8();
     m_metaTopic = config.topic(QStringLiteral("meta")).toUtf8();
-    QString outboxDir = config.outboxDir;
-    if (outboxDir.isEmpty()) {
-        m_scratch = std::make_unique<QTemporaryDir>();
-        outboxDir = m_scratch->path();
-    }
-    if (QString error = m_outbox.open(outboxDir, config.clientId); !error.isEmpty())
+    if (QString error = m_outbox.open(config.outboxDir, config.clientId); !error.isEmpty())
         return error;
     MqttOptions options = mqttOptionsFor(config);
     options.maxBuffered = m_outbox.window() + 100; // the window, status and meta

@@ -7,10 +7,7 @@
 #include "core/datapoint.h"
 
 #include <QObject>
-#include <QTemporaryDir>
 #include <QTimer>
-
-#include <memory>
 
 class MeasurementStore;
 struct LinkHealth;
@@ -32,8 +29,8 @@ public:
     explicit TelemetryPublisher(QObject *parent = nullptr);
     ~TelemetryPublisher() override;
 
-    // Starts with a configuration that telemetry_validate() accepted. Returns
-    // an error text, empty on success.
+    // Starts with a configuration that telemetry_validate() accepted and an
+    // outbox folder. Returns an error text, empty on success.
     QString start(const TelemetryConfig &config);
 
     void publishReading(const DataPoint &p);
@@ -64,7 +61,6 @@ private:
     TelemetryConfig m_config;
     MqttClient m_client;
     TelemetryOutbox m_outbox;
-    std::unique_ptr<QTemporaryDir> m_scratch; // the outbox without a folder of its own
     QTimer m_flushTimer;
     QTimer m_stuckTimer;
     bool m_stuckOnce = false; // the last check found the window stuck
