@@ -83,6 +83,9 @@ private Q_SLOTS:
         on.telemetryOn = true;
         on.mqttUrl = QStringLiteral("mqtts://ship1@broker.example:8883");
         on.mqttPasswordFile = QStringLiteral("/etc/nakos-monitor/ship1.pass");
+        on.modbusOn = true;
+        on.modbusPort = 502;
+        on.modbusUnit = 7;
         settings::writeStation(key, on);
         settings::writeRegistry(key, flags, percent);
         QCOMPARE(read(path()),
@@ -90,14 +93,18 @@ private Q_SLOTS:
                      "\\Station]\r\n\"CompareHour\"=hex:01\r\n\"Telemetry\"=hex:01\r\n"
                      "\"MqttUrl\"=\"mqtts://ship1@broker.example:8883\"\r\n"
                      "\"SensorId\"=\"\"\r\n\"MqttPrefix\"=\"\"\r\n\"MqttCaFile\"=\"\"\r\n"
-                     "\"MqttPasswordFile\"=\"/etc/nakos-monitor/ship1.pass\"\r\n");
+                     "\"MqttPasswordFile\"=\"/etc/nakos-monitor/ship1.pass\"\r\n"
+                     "\"Modbus\"=hex:01\r\n\"ModbusAddress\"=\"0.0.0.0\"\r\n"
+                     "\"ModbusPort\"=dword:000001f6\r\n\"ModbusUnit\"=dword:00000007\r\n");
         QVERIFY(!settings::readStation(key, station));
         QVERIFY(station.compareHour && station.telemetryOn);
         QCOMPARE(station.mqttUrl, on.mqttUrl);
         QCOMPARE(station.mqttPasswordFile, on.mqttPasswordFile);
+        QVERIFY(station.modbusOn && station.modbusPort == 502 && station.modbusUnit == 7);
         settings::writeStation(key, StationSettings());
         QVERIFY(!settings::readStation(key, station));
-        QVERIFY(!station.compareHour && !station.telemetryOn && station.mqttUrl.isEmpty());
+        QVERIFY(!station.compareHour && !station.telemetryOn && station.mqttUrl.isEmpty() &&
+                !station.modbusOn && station.modbusPort == 1502);
         QCOMPARE(documented, regFile("\"DisplayWater\"=hex:01\r\n"
                                      "\"DisplayTemperature\"=hex:01\r\n"
                                      "\"DisplayPressure\"=hex:01\r\n"
