@@ -9,7 +9,7 @@ namespace {
 // Follows the Modbus TCP frames a client sends, ahead of Qt's parser: a
 // header with a protocol id other than 0 or a length outside 2..254 (a unit
 // id and at most 253 bytes of request) means the client speaks something
-// else, and it is cut off before its bytes are read.
+// else, and it is cut off before Qt's parser sees its bytes.
 class FrameGuard : public QObject {
 public:
     explicit FrameGuard(QTcpSocket *socket) : QObject(socket), m_socket(socket) {
@@ -18,6 +18,10 @@ public:
 
 private:
     void check() {
+        if (m_cutOff) {
+            m_socket->readAll();
+            return;
+        }
         // Qt's parser reads everything after this, so these are the new bytes.
         const QByteArray data = m_socket->peek(m_socket->bytesAvailable());
         qsizetype i = 0;
@@ -38,7 +42,11 @@ private:
             };
             const int length = word(4);
             if (word(2) != 0 || length < 2 || length > 254) {
-                m_socket->abort();
+                // Read away here, so Qt's parser after this finds nothing,
+                // and closed once this signal is through.
+                m_cutOff = true;
+                m_socket->readAll();
+                QMetaObject::invokeMethod(m_socket, &QTcpSocket::abort, Qt::QueuedConnection);
                 return;
             }
             m_skip = length - 1; // the unit id is in the header
@@ -49,6 +57,7 @@ private:
     QTcpSocket *m_socket;
     QByteArray m_header;
     int m_skip = 0;
+    bool m_cutOff = false;
 };
 
 class Gatekeeper : public QModbusTcpConnectionObserver {
