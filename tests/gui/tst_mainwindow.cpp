@@ -262,7 +262,7 @@ QTEST_MAIN(TestMainWindow)
 // The Station settings' Modbus page: OK starts the server and stores the
 // choice, the next start-up listens again, Apply with the box cleared stops it.
 void TestMainWindow::modbusPageStartsTheServer() {
-    QTcpServer probe;
+    QTcpServer probe; // a free port
     QVERIFY(probe.listen(QHostAddress::LocalHost));
     const int port = probe.serverPort();
     probe.close();
@@ -274,37 +274,26 @@ void TestMainWindow::modbusPageStartsTheServer() {
         window.settings_stationSettings->trigger();
     };
     const QString listening = u"listening on 127.0.0.1 port %1, unit id 1"_s.arg(port);
-    const auto connects = [port] {
-        QTcpSocket client;
-        client.connectToHost(QHostAddress::LocalHost, quint16(port));
-        return client.waitForConnected(5000);
-    };
-    QTemporaryDir saved;
-    const QString settingsFile = saved.filePath(u"settings.reg"_s);
-    {
-        MainWindowFixture f;
-        f.start();
-        QCOMPARE(f.window.modbusState(), u"off"_s);
-        edit(f.window, [port](StationSettingsDialog &d) {
-            d.Check_modbus->setChecked(true);
-            d.Text_modbusAddress->setText(u"127.0.0.1"_s);
-            d.Spin_modbusPort->setValue(port);
-            d.accept();
-        });
-        QCOMPARE(f.window.modbusState(), listening);
-        QVERIFY(connects());
-        QVERIFY(QFile::copy(f.dir.filePath(u"settings.reg"_s), settingsFile));
-    }
-    MainWindowFixture again;
-    QVERIFY(QFile::copy(settingsFile, again.dir.filePath(u"settings.reg"_s)));
-    again.start();
-    QCOMPARE(again.window.modbusState(), listening);
-    edit(again.window, [](StationSettingsDialog &d) {
+    MainWindowFixture f, again;
+    f.start();
+    QCOMPARE(f.window.modbusState(), u"off"_s);
+    edit(f.window, [port](StationSettingsDialog &d) {
+        d.Check_modbus->setChecked(true);
+        d.Text_modbusAddress->setText(u"127.0.0.1"_s);
+        d.Spin_modbusPort->setValue(port);
+        d.accept();
+    });
+    QCOMPARE(f.window.modbusState(), listening);
+    QTcpSocket client;
+    client.connectToHost(QHostAddress::LocalHost, quint16(port));
+    QVERIFY(client.waitForConnected(5000));
+    QVERIFY(QFile::copy(f.dir.filePath(u"settings.reg"_s), again.dir.filePath(u"settings.reg"_s)));
+    edit(f.window, [](StationSettingsDialog &d) {
         d.Check_modbus->setChecked(false);
         d.buttons->button(QDialogButtonBox::Apply)->click();
         QCOMPARE(d.Label_modbusState->text(), u"off"_s);
         d.reject();
     });
-    QCOMPARE(again.window.modbusState(), u"off"_s);
-    QVERIFY(!connects());
+    again.start();
+    QCOMPARE(again.window.modbusState(), listening);
 }

@@ -83,9 +83,6 @@ private Q_SLOTS:
         on.telemetryOn = true;
         on.mqttUrl = QStringLiteral("mqtts://ship1@broker.example:8883");
         on.mqttPasswordFile = QStringLiteral("/etc/nakos-monitor/ship1.pass");
-        on.modbusOn = true;
-        on.modbusPort = 502;
-        on.modbusUnit = 7;
         settings::writeStation(key, on);
         settings::writeRegistry(key, flags, percent);
         QCOMPARE(read(path()),
@@ -94,17 +91,15 @@ private Q_SLOTS:
                      "\"MqttUrl\"=\"mqtts://ship1@broker.example:8883\"\r\n"
                      "\"SensorId\"=\"\"\r\n\"MqttPrefix\"=\"\"\r\n\"MqttCaFile\"=\"\"\r\n"
                      "\"MqttPasswordFile\"=\"/etc/nakos-monitor/ship1.pass\"\r\n"
-                     "\"Modbus\"=hex:01\r\n\"ModbusAddress\"=\"0.0.0.0\"\r\n"
-                     "\"ModbusPort\"=dword:000001f6\r\n\"ModbusUnit\"=dword:00000007\r\n");
+                     "\"Modbus\"=hex:00\r\n\"ModbusAddress\"=\"0.0.0.0\"\r\n"
+                     "\"ModbusPort\"=dword:000005de\r\n\"ModbusUnit\"=dword:00000001\r\n");
         QVERIFY(!settings::readStation(key, station));
         QVERIFY(station.compareHour && station.telemetryOn);
         QCOMPARE(station.mqttUrl, on.mqttUrl);
         QCOMPARE(station.mqttPasswordFile, on.mqttPasswordFile);
-        QVERIFY(station.modbusOn && station.modbusPort == 502 && station.modbusUnit == 7);
         settings::writeStation(key, StationSettings());
         QVERIFY(!settings::readStation(key, station));
-        QVERIFY(!station.compareHour && !station.telemetryOn && station.mqttUrl.isEmpty() &&
-                !station.modbusOn && station.modbusPort == 1502);
+        QVERIFY(!station.compareHour && !station.telemetryOn && station.mqttUrl.isEmpty());
         QCOMPARE(documented, regFile("\"DisplayWater\"=hex:01\r\n"
                                      "\"DisplayTemperature\"=hex:01\r\n"
                                      "\"DisplayPressure\"=hex:01\r\n"
