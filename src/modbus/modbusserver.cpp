@@ -128,7 +128,10 @@ QString ModbusServer::start(const QString &host, uint16_t port, int unit) {
     if (unit < 0 || unit > 255)
         return QStringLiteral("Modbus: unit id %1 is not 0..255").arg(unit);
     auto server = std::make_unique<MapTcpServer>(*this);
-    server->setConnectionParameter(QModbusDevice::NetworkAddressParameter, address.toString());
+    // Qt reads the address and port as one URL: an IPv6 address in brackets.
+    const bool v6 = address.protocol() == QAbstractSocket::IPv6Protocol;
+    server->setConnectionParameter(QModbusDevice::NetworkAddressParameter,
+                                   v6 ? u'[' + address.toString() + u']' : address.toString());
     server->setConnectionParameter(QModbusDevice::NetworkPortParameter, port);
     server->setServerAddress(unit);
     if (!server->connectDevice() || server->state() != QModbusDevice::ConnectedState)
