@@ -1,5 +1,6 @@
 #include "modbus/modbusmap.h"
 
+#include <QHostAddress>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -70,9 +71,14 @@ QString modbus_parseEndpoint(const QString &text, QString &host, uint16_t &port)
         QStringLiteral("^(?:\\[([0-9A-Fa-f:.]+)\\]|([^:\\[\\]\\s]+))(?::([0-9]{1,5}))?$"));
     const QRegularExpressionMatch m = form.match(text);
     const int n = m.hasMatch() && m.hasCaptured(3) ? m.captured(3).toInt() : modbus_defaultPort;
-    if (!m.hasMatch() || n < 1 || n > 65535)
-        return QStringLiteral("'%1' is not HOST:PORT (a port from 1 to 65535)").arg(text);
-    host = m.hasCaptured(1) ? m.captured(1) : m.captured(2);
+    const QString name = m.hasCaptured(1) ? m.captured(1) : m.captured(2);
+    if (!m.hasMatch() || n < 1 || n > 65535 ||
+        (QHostAddress(name).isNull() &&
+         name.compare(QLatin1String("localhost"), Qt::CaseInsensitive)))
+        return QStringLiteral("'%1' is not HOST:PORT (an IP address or localhost, a port from 1 "
+                              "to 65535)")
+            .arg(text);
+    host = name;
     port = uint16_t(n);
     return QString();
 }

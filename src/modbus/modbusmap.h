@@ -50,6 +50,6 @@ private:
 
 constexpr uint16_t modbus_defaultPort = 1502;
 
-// "HOST:PORT", "[v6]:PORT" or "HOST" (port 1502). Returns an error text,
-// empty when host and port were set.
+// "HOST:PORT", "[v6]:PORT" or "HOST" (port 1502), HOST an IP address or
+// "localhost". Returns an error text, empty when host and port were set.
 QString modbus_parseEndpoint(const QString &text, QString &host, uint16_t &port);

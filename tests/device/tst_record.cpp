@@ -146,8 +146,9 @@ void TestRecord::badCommandLines_data() {
     row("no port", "out.txt", "record: expected --port DEVICE and one OUTPUT");
     row("zero polls", "--port 1 --polls 0 out.txt",
         "record: --polls must be a positive whole number");
-    row("modbus port out of range", "--port 1 --modbus 127.0.0.1:70000 out.txt",
-        "record: --modbus '127.0.0.1:70000' is not HOST:PORT (a port from 1 to 65535)");
+    row("modbus host name", "--port 1 --modbus plc.local:502 out.txt",
+        "record: --modbus 'plc.local:502' is not HOST:PORT (an IP address or localhost, a port "
+        "from 1 to 65535)");
     row("output cannot be created", "--port /nonexistent/tty --polls 1 /nonexistent/dir/out.txt",
         "");
 }
