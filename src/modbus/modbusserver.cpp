@@ -4,6 +4,8 @@
 #include <QModbusTcpServer>
 #include <QTcpSocket>
 
+#include <algorithm>
+
 namespace {
 
 // Follows the Modbus TCP frames a client sends, ahead of Qt's parser: a
