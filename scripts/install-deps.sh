@@ -8,7 +8,7 @@ set -euo pipefail
 
 packages=(
     build-essential cmake ninja-build pkg-config ccache
-    qt6-base-dev qt6-base-dev-tools qt6-serialport-dev libgl-dev
+    qt6-base-dev qt6-base-dev-tools qt6-serialport-dev qt6-serialbus-dev libgl-dev
     qt6-qpa-plugins fonts-dejavu-core
     libpaho-mqtt-dev
 )
@@ -19,8 +19,10 @@ for option in "$@"; do
     # back; desktop-file-utils checks the desktop entry.
     # mosquitto: the broker the telemetry tests start on a loopback port,
     # mosquitto-clients to watch it by hand, openssl for the TLS test's CA.
+    # python3-pymodbus reads the Modbus server (it needs python3-serial-
+    # asyncio, only recommended); mbpoll to read it by hand.
     --test) packages+=(xvfb xauth clang-format poppler-utils desktop-file-utils
-        mosquitto mosquitto-clients openssl) ;;
+        mosquitto mosquitto-clients openssl python3-pymodbus python3-serial-asyncio mbpoll) ;;
     # The Debian package: dpkg-shlibdeps computes its dependencies from the
     # binaries, which cpack picks out with file; systemd-analyze checks the
     # recorder's unit (scripts/check-unit.sh; no running systemd needed).

@@ -5,6 +5,7 @@
 #include "device/ui/toolbox.h"
 #include "gui/aboutdialog.h"
 #include "gui/appicon.h"
+#include "modbus/modbusserver.h"
 #include "panel/ui/controlpanel.h"
 #include "print/ui/printcommand.h"
 #include "session/monitorsession.h"
@@ -222,6 +223,49 @@ void MainWindow::startUp(const QString &currentDir) {
     m_session.startUp_finish();
     // A station that publishes to the fleet's broker does so from the start.
     (void)m_session.telemetry_applyStation();
+
+    // The readings' Modbus server, fed by the session, listening as the
+    // Station settings say.
+    m_modbus = std::make_unique<ModbusServer>();
+    ModbusServer *modbus = m_modbus.get();
+    const MeasurementStore &store = m_session.store();
+    connect(&m_session, &MonitorSession::readingsAppended, modbus,
+            [modbus, &store](int first, int count) {
+                modbus->addReadings(store.dataPoints[size_t(first + count - 1)], count);
+            });
+    connect(&m_session, &MonitorSession::metadataChanged, modbus,
+            [modbus, &store] { modbus->setThreshold(store.alarmThreshold); });
+    connect(&m_session, &MonitorSession::pollFinished, modbus, &ModbusServer::addPoll);
+    modbus->setThreshold(store.alarmThreshold);
+    modbus_apply();
+}
+
+void MainWindow::modbus_apply() {
+    const StationSettings &station = m_session.stationSettings();
+    if (!m_modbus)
+        return;
+    if (!station.modbusOn) {
+        m_modbus->stop();
+        m_modbusState = QStringLiteral("off");
+        return;
+    }
+    const QString address =
+        station.modbusAddress.isEmpty() ? QStringLiteral("0.0.0.0") : station.modbusAddress;
+    const QString listening = QStringLiteral("listening on %1 port %2, unit id %3")
+                                  .arg(address)
+                                  .arg(station.modbusPort)
+                                  .arg(station.modbusUnit);
+    // Other settings applied: its clients keep their connections.
+    if (m_modbus->listening() && m_modbusState == listening)
+        return;
+    m_modbusState = m_modbus->start(address, station.modbusPort, station.modbusUnit);
+    if (m_modbusState.isEmpty())
+        m_modbusState = listening;
+}
+
+void MainWindow::applyStation(const StationSettings &station) {
+    m_session.settings_setStation(station);
+    modbus_apply();
 }
 
 void MainWindow::placeWindow() {
@@ -243,12 +287,16 @@ void MainWindow::settings_stationSettings_command() {
     StationSettingsDialog dialog(this);
     dialog.setSettings(m_session.stationSettings());
     dialog.setTelemetryState(m_session.telemetryState());
+    dialog.setModbusState(m_modbusState);
     connect(&m_session, &MonitorSession::telemetryStateChanged, &dialog,
             &StationSettingsDialog::setTelemetryState);
-    connect(&dialog, &StationSettingsDialog::applied, &m_session,
-            &MonitorSession::settings_setStation);
+    connect(&dialog, &StationSettingsDialog::applied, this,
+            [this, &dialog](const StationSettings &station) {
+                applyStation(station);
+                dialog.setModbusState(m_modbusState);
+            });
     if (dialog.exec() == QDialog::Accepted)
-        m_session.settings_setStation(dialog.settings());
+        applyStation(dialog.settings());
 }
 
 void MainWindow::q_about_command() {

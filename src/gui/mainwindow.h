@@ -3,14 +3,18 @@
 #include <QList>
 #include <QMainWindow>
 
+#include <memory>
+
 class ChartSet;
 class ControlPanel;
+class ModbusServer;
 class MonitorSession;
 class QAction;
 class QMdiArea;
 class QMdiSubWindow;
 class QMenu;
 class SettingsDialog;
+struct StationSettings;
 
 // The multiple-document frame of the program: it runs the start-up that
 // creates the windows around the session's engine, carries the menus, shows
@@ -35,6 +39,8 @@ public:
     // panel; null before start-up.
     ChartSet *charts() const { return m_charts; }
     ControlPanel *controlPanel() const { return m_panel; }
+    // The readings' Modbus server: "off", where it listens, or what went wrong.
+    const QString &modbusState() const { return m_modbusState; }
 
     // Menu items, named after their code names.
     QAction *file_new = nullptr;
@@ -73,6 +79,10 @@ private:
     void setFileCommandsEnabled(bool enabled);
     void settings_generalSettings_command();
     void settings_stationSettings_command();
+    // Station settings applied (OK, Apply): stored, then the Modbus server
+    // started, moved or stopped as they say.
+    void applyStation(const StationSettings &station);
+    void modbus_apply();
     void q_about_command();
     void tools_toolbox_command();
     // The Window menu's chart entries, made afresh each time it opens.
@@ -88,4 +98,6 @@ private:
     QMenu *m_windowMenu = nullptr;
     QAction *m_chartsEnd = nullptr; // the separator after the chart entries
     QList<QAction *> m_chartEntries;
+    std::unique_ptr<ModbusServer> m_modbus;
+    QString m_modbusState;
 };

@@ -108,6 +108,14 @@ bool readStation(RegistryKey &programKey, StationSettings &station) {
         if (!key->queryString(QLatin1String(name), 1024, value))
             *field = value;
     }
+    if (!key->queryByte(QStringLiteral("Modbus"), b))
+        station.modbusOn = b > 0;
+    if (QString value; !key->queryString(QStringLiteral("ModbusAddress"), 1024, value))
+        station.modbusAddress = value;
+    if (uint32_t n = 0; !key->queryDword(QStringLiteral("ModbusPort"), n) && n >= 1 && n <= 65535)
+        station.modbusPort = uint16_t(n);
+    if (uint32_t n = 0; !key->queryDword(QStringLiteral("ModbusUnit"), n) && n <= 255)
+        station.modbusUnit = uint8_t(n);
     key->close();
     return false;
 }
@@ -126,6 +134,10 @@ void writeStation(RegistryKey &programKey, const StationSettings &station) {
     key->setString(QStringLiteral("MqttPrefix"), station.mqttPrefix);
     key->setString(QStringLiteral("MqttCaFile"), station.mqttCaFile);
     key->setString(QStringLiteral("MqttPasswordFile"), station.mqttPasswordFile);
+    key->setByte(QStringLiteral("Modbus"), station.modbusOn ? 1 : 0);
+    key->setString(QStringLiteral("ModbusAddress"), station.modbusAddress);
+    key->setDword(QStringLiteral("ModbusPort"), station.modbusPort);
+    key->setDword(QStringLiteral("ModbusUnit"), station.modbusUnit);
     key->close();
 }
 

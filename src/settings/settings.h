@@ -33,6 +33,12 @@ struct StationSettings {
     QString mqttPrefix;       // empty: "nakos"
     QString mqttCaFile;       // mqtts: the authorities' PEM file
     QString mqttPasswordFile; // the password never stands in the settings
+    // The Modbus TCP server of the readings (the dialog's "Modbus" page; the
+    // same fields as nakos-tool record's options, high word first).
+    bool modbusOn = false;
+    QString modbusAddress = QStringLiteral("0.0.0.0"); // an IP address; 0.0.0.0: all
+    uint16_t modbusPort = 1502;
+    uint8_t modbusUnit = 1;
 };
 
 namespace settings {

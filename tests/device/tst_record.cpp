@@ -1,6 +1,7 @@
 // nakos-tool record, run as a separate process against the simulated sensor
-// in this process, its output read back with the native reader; and the
-// session's rollover that the recorder's --rollover uses, at the boundary.
+// in this process, its output read back with the native reader (and its
+// Modbus server with pymodbus); and the session's rollover that the
+// recorder's --rollover uses, at the boundary.
 #include "core/store.h"
 #include "files/datafile.h"
 #include "sensorsim.h"
@@ -8,11 +9,16 @@
 
 #include <csignal>
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QSignalSpy>
+#include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <bit>
 #include <memory>
 
 namespace {
@@ -47,6 +53,18 @@ struct Run {
     QByteArray err;
 };
 
+// modbus_client.py's registers and exception codes.
+QJsonObject readModbus(const QStringList &args) {
+    QProcess client;
+    client.start(QStringLiteral("/usr/bin/python3"),
+                 QStringList{QStringLiteral(MODBUS_CLIENT)} + args);
+    if (!client.waitForStarted() || !QSignalSpy(&client, &QProcess::finished).wait(kWaitMs))
+        return {};
+    if (client.exitCode() != 0)
+        qWarning().noquote() << client.readAllStandardError();
+    return QJsonDocument::fromJson(client.readAllStandardOutput()).object();
+}
+
 } // namespace
 
 class TestRecord : public QObject {
@@ -59,6 +77,8 @@ private slots:
     void badCommandLines();
     void rolloverAtTheBoundary_data();
     void rolloverAtTheBoundary();
+    void servesModbus_data();
+    void servesModbus();
 };
 
 void TestRecord::recordsToTheOutput_data() {
@@ -126,6 +146,9 @@ void TestRecord::badCommandLines_data() {
     row("no port", "out.txt", "record: expected --port DEVICE and one OUTPUT");
     row("zero polls", "--port 1 --polls 0 out.txt",
         "record: --polls must be a positive whole number");
+    row("modbus host name", "--port 1 --modbus plc.local:502 out.txt",
+        "record: --modbus 'plc.local:502' is not HOST:PORT (an IP address or localhost, a port "
+        "from 1 to 65535)");
     row("output cannot be created", "--port /nonexistent/tty --polls 1 /nonexistent/dir/out.txt",
         "");
 }
@@ -224,6 +247,67 @@ void TestRecord::rolloverAtTheBoundary() {
     QCOMPARE(archived->dataPoints[129989].day, uint8_t(9));
     QCOMPARE(MonitorSession::rolloverFileName(output, *archived),
              archive.chopped(4) + QStringLiteral("_2.txt"));
+}
+
+using Regs = QList<int>;
+
+void TestRecord::servesModbus_data() {
+    QTest::addColumn<QString>("order");
+    QTest::addColumn<float>("alarmValue"); // the sensor's, ppm; its water is near 150
+    QTest::addColumn<Regs>("thresholdAlarm");
+    QTest::newRow("high word first, alarm") << "high-first" << 1.0f << Regs{0x3f80, 0, 1};
+    QTest::newRow("low word first, no alarm")
+        << "low-first" << 100000.0f << Regs{0x5000, 0x47c3, 0};
+}
+
+void TestRecord::servesModbus() {
+    QFETCH(QString, order);
+    QFETCH(float, alarmValue);
+    QFETCH(Regs, thresholdAlarm);
+    QTemporaryDir dir;
+    SensorSimulator sim(
+        {.readingIntervalMs = 0, .prefill = 5, .alarmValue = alarmValue, .faults = {}});
+    QVERIFY(!sim.open());
+    QSignalSpy commands(&sim, &SensorSimulator::commandReceived);
+    QTcpServer probe; // a free port
+    QVERIFY(probe.listen(QHostAddress::LocalHost));
+    const QString port = QString::number(probe.serverPort());
+    probe.close();
+    Run run(dir, QStringLiteral("--interval 300 --modbus-unit 7 --port %1 --modbus 127.0.0.1:%2 "
+                                "--modbus-word-order %3 out.txt")
+                     .arg(sim.portPath(), port, order));
+    // The threshold comes with the second poll.
+    QTRY_VERIFY_WITH_TIMEOUT(commands.size() >= 4, kWaitMs);
+    QCOMPARE(readModbus({port, QStringLiteral("7")})[u"input"].toArray()[14], 5);
+    // A new reading while the crowd is connected: the polls go on and bring it.
+    sim.addReading();
+    const QJsonObject m = readModbus({port, QStringLiteral("7"), QStringLiteral("5")});
+    run.process.terminate();
+    QVERIFY(run.finish());
+    QCOMPARE(run.toolLines(), QList<QByteArray>());
+
+    const QJsonArray regs = m[u"input"].toArray();
+    QCOMPARE(m[u"holding"].toArray(), regs);
+    QCOMPARE((Regs{m[u"past"].toInt(), m[u"tooMany"].toInt(), m[u"write"].toInt()}),
+             (Regs{2, 3, 1}));
+    QCOMPARE((Regs{regs[8].toInt(), regs[9].toInt(), regs[11].toInt()}), thresholdAlarm);
+    QCOMPARE((Regs{regs[12].toInt(), regs[14].toInt()}), (Regs{1, 6})); // replies, 6 readings
+    QVERIFY(regs[13].toInt() < 60);
+    auto store = std::make_unique<MeasurementStore>();
+    QVERIFY(!DataFile(*store)
+                 .dataFile_load(dir.filePath(QStringLiteral("out.txt")), MergeMode::Replace, false)
+                 .failed());
+    QCOMPARE(store->dataPoint_count, 6);
+    const DataPoint &p = store->dataPoints[5];
+    const float fileValues[] = {p.water, p.temperature, p.pressure, p.soot};
+    for (int i = 0; i < 4; ++i) { // the file keeps water whole, the others to two decimals
+        const uint32_t a = uint32_t(regs[2 * i].toInt()), b = uint32_t(regs[2 * i + 1].toInt());
+        const float v = std::bit_cast<float>(order == u"low-first" ? b << 16 | a : a << 16 | b);
+        QVERIFY2(qAbs(v - fileValues[i]) <= (i ? 0.005f : 0.5f), qPrintable(QString::number(i)));
+    }
+    QCOMPARE((Regs{regs[10].toInt(), regs[15].toInt(), regs[16].toInt(), regs[17].toInt(),
+                   regs[18].toInt(), regs[19].toInt(), regs[20].toInt()}),
+             (Regs{p.stream, p.year, p.month, p.day, p.hour, p.minute, p.second}));
 }
 
 QTEST_GUILESS_MAIN(TestRecord)

@@ -3,18 +3,26 @@
 #include "chart/ui/dataview.h"
 #include "gui/mainwindow.h"
 #include "panel/ui/controlpanel.h"
+#include "settings/ui/stationsettingsdialog.h"
 #include "support/readings.h"
 #include "support/sessionfixture.h"
 
 #include <QAction>
+#include <QCheckBox>
+#include <QDialogButtonBox>
 #include <QDirIterator>
 #include <QDropEvent>
+#include <QLabel>
+#include <QLineEdit>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QProcess>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -38,6 +46,7 @@ private Q_SLOTS:
     void drops();
     void windowMenuBringsWindowsBack();
     void exitFromInsideADrawing();
+    void modbusPageStartsTheServer();
 };
 
 void TestMainWindow::menus() {
@@ -248,3 +257,39 @@ void TestMainWindow::drops() {
 
 QTEST_MAIN(TestMainWindow)
 #include "tst_mainwindow.moc"
+
+// The Station settings' Modbus page: OK starts the server and stores the
+// choice, the next start-up listens again, Apply with the box cleared stops it.
+void TestMainWindow::modbusPageStartsTheServer() {
+    QTcpServer probe; // a free port
+    QVERIFY(probe.listen(QHostAddress::LocalHost));
+    const int port = probe.serverPort();
+    probe.close();
+    const auto edit = [](MainWindow &window,
+                         const std::function<void(StationSettingsDialog &)> &f) {
+        QTimer::singleShot(0, &window, [f] {
+            f(*qobject_cast<StationSettingsDialog *>(QApplication::activeModalWidget()));
+        });
+        window.settings_stationSettings->trigger();
+    };
+    const QString listening = u"listening on 127.0.0.1 port %1, unit id 1"_s.arg(port);
+    MainWindowFixture f, again;
+    f.start();
+    QCOMPARE(f.window.modbusState(), u"off"_s);
+    edit(f.window, [port](StationSettingsDialog &d) {
+        d.Check_modbus->setChecked(true);
+        d.Text_modbusAddress->setText(u"127.0.0.1"_s);
+        d.Spin_modbusPort->setValue(port);
+        d.accept();
+    });
+    QCOMPARE(f.window.modbusState(), listening);
+    QVERIFY(QFile::copy(f.dir.filePath(u"settings.reg"_s), again.dir.filePath(u"settings.reg"_s)));
+    edit(f.window, [](StationSettingsDialog &d) {
+        d.Check_modbus->setChecked(false);
+        d.buttons->button(QDialogButtonBox::Apply)->click();
+        QCOMPARE(d.Label_modbusState->text(), u"off"_s);
+        d.reject();
+    });
+    again.start();
+    QCOMPARE(again.window.modbusState(), listening);
+}

@@ -90,7 +90,9 @@ private Q_SLOTS:
                      "\\Station]\r\n\"CompareHour\"=hex:01\r\n\"Telemetry\"=hex:01\r\n"
                      "\"MqttUrl\"=\"mqtts://ship1@broker.example:8883\"\r\n"
                      "\"SensorId\"=\"\"\r\n\"MqttPrefix\"=\"\"\r\n\"MqttCaFile\"=\"\"\r\n"
-                     "\"MqttPasswordFile\"=\"/etc/nakos-monitor/ship1.pass\"\r\n");
+                     "\"MqttPasswordFile\"=\"/etc/nakos-monitor/ship1.pass\"\r\n"
+                     "\"Modbus\"=hex:00\r\n\"ModbusAddress\"=\"0.0.0.0\"\r\n"
+                     "\"ModbusPort\"=dword:000005de\r\n\"ModbusUnit\"=dword:00000001\r\n");
         QVERIFY(!settings::readStation(key, station));
         QVERIFY(station.compareHour && station.telemetryOn);
         QCOMPARE(station.mqttUrl, on.mqttUrl);

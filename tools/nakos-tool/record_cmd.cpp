@@ -8,6 +8,7 @@
 // test, --rollover archives a full store and goes on, and SIGUSR1 (and the
 // end of the run) prints a status line of the link on standard error.
 #include "command.h"
+#include "modbus_options.h"
 
 #include "core/clock.h"
 #include "core/notifier.h"
@@ -132,7 +133,10 @@ void printStatus(const MonitorSession &session) {
 int runRecord(const QStringList &commandLine) {
     QStringList args = commandLine;
     RecordTelemetry telemetry;
+    RecordModbus modbus;
     QString error = telemetry.takeOptions(args);
+    if (error.isEmpty())
+        error = modbus.takeOptions(args);
     const std::optional<RecordArgs> a = error.isEmpty() ? parseArgs(args, error) : std::nullopt;
     if (!a)
         return toolUsage(error, "record");
@@ -154,6 +158,7 @@ int runRecord(const QStringList &commandLine) {
     session.query_setInterval(a->intervalMs);
     if (const QString failed = telemetry.attach(session, a->output); !failed.isEmpty())
         return toolFail(failed);
+    modbus.attach(session);
 
     // Station options.
     store.setFullStampDuplicates(a->fullStamp);
@@ -195,7 +200,9 @@ int runRecord(const QStringList &commandLine) {
 const ToolCommand recordCommand(
     "record",
     "--port DEVICE [--polls N] [--interval MS] [--full-stamp] [--rollover] [--mqtt URL "
-    "[--sensor-id ID] [--mqtt-prefix P] [--mqtt-ca FILE] [--mqtt-password-file FILE]] OUTPUT",
+    "[--sensor-id ID] [--mqtt-prefix P] [--mqtt-ca FILE] [--mqtt-password-file FILE]] [--modbus "
+    "HOST[:PORT] [--modbus-unit N] "
+    "[--modbus-word-order high-first|low-first]] OUTPUT",
     runRecord,
     "  --full-stamp  compare the hour too in the duplicate test. Without it a reading\n"
     "                at the same minute and second of the same day as a stored one is\n"
@@ -208,6 +215,12 @@ const ToolCommand recordCommand(
     "  --mqtt URL    also publish every reading to an MQTT broker, mqtt://[user@]host[:port]\n"
     "                or mqtts://... (TLS); --sensor-id, --mqtt-prefix, --mqtt-ca and\n"
     "                --mqtt-password-file (the password is never on the command line).\n"
+    "  --modbus HOST[:PORT]  serve the newest reading as Modbus TCP registers on HOST\n"
+    "                (an IP address; 0.0.0.0 for all) and PORT (1502 unless given;\n"
+    "                below 1024 needs privileges); --modbus-unit N answers unit id N\n"
+    "                (1 unless given), --modbus-word-order low-first puts the low word\n"
+    "                of each float first. A port that cannot be bound is reported and\n"
+    "                the recording goes on. The register map is in the manual page.\n"
     "  SIGUSR1 prints a status line on standard error, as the end of the run does.\n");
 
 } // namespace

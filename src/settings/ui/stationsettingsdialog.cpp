@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -31,6 +32,7 @@ StationSettingsDialog::StationSettingsDialog(QWidget *parent) : QDialog(parent) 
     dl->addStretch();
     addPage(duplicates, QStringLiteral("Duplicates"));
     addTelemetryPage();
+    addModbusPage();
 
     buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel |
                                    QDialogButtonBox::Apply);
@@ -79,6 +81,49 @@ void StationSettingsDialog::addTelemetryPage() {
     addPage(page, QStringLiteral("Telemetry"));
 }
 
+void StationSettingsDialog::addModbusPage() {
+    auto *page = new QWidget;
+    page->setObjectName(QStringLiteral("Page_modbus"));
+    Check_modbus = new QCheckBox(QStringLiteral("Serve the readings over Modbus TCP"));
+    Check_modbus->setObjectName(QStringLiteral("Check_modbus"));
+    Text_modbusAddress = new QLineEdit;
+    Text_modbusAddress->setObjectName(QStringLiteral("Text_modbusAddress"));
+    Text_modbusAddress->setPlaceholderText(QStringLiteral("0.0.0.0: every interface"));
+    const auto spin = [](const char *name, int lo, int hi) {
+        auto *box = new QSpinBox;
+        box->setObjectName(QLatin1String(name));
+        box->setRange(lo, hi);
+        return box;
+    };
+    Spin_modbusPort = spin("Spin_modbusPort", 1, 65535);
+    Spin_modbusUnit = spin("Spin_modbusUnit", 0, 255);
+    Label_modbusState = new QLabel;
+    Label_modbusState->setObjectName(QStringLiteral("Label_modbusState"));
+    Label_modbusState->setWordWrap(true);
+    setModbusState(QStringLiteral("off"));
+    auto *note = new QLabel(QStringLiteral(
+        "Read-only input and holding registers from address 0: water, temperature, pressure, "
+        "soot and the alarm threshold as floats (high word first), then stream, alarm, link, "
+        "seconds since the last reading, readings counter and the reading's time. Ports below "
+        "1024 need privileges."));
+    note->setWordWrap(true);
+    auto *form = new QFormLayout;
+    form->addRow(QStringLiteral("Address:"), Text_modbusAddress);
+    form->addRow(QStringLiteral("Port:"), Spin_modbusPort);
+    form->addRow(QStringLiteral("Unit id:"), Spin_modbusUnit);
+    form->addRow(QStringLiteral("Server:"), Label_modbusState);
+    auto *ml = new QVBoxLayout(page);
+    ml->addWidget(Check_modbus);
+    ml->addLayout(form);
+    ml->addWidget(note);
+    ml->addStretch();
+    addPage(page, QStringLiteral("Modbus"));
+}
+
+void StationSettingsDialog::setModbusState(const QString &state) {
+    Label_modbusState->setText(state);
+}
+
 void StationSettingsDialog::setTelemetryState(const QString &state) {
     Label_telemetryState->setText(state);
 }
@@ -91,6 +136,10 @@ void StationSettingsDialog::setSettings(const StationSettings &station) {
     Text_mqttPrefix->setText(station.mqttPrefix);
     Text_mqttCaFile->setText(station.mqttCaFile);
     Text_mqttPasswordFile->setText(station.mqttPasswordFile);
+    Check_modbus->setChecked(station.modbusOn);
+    Text_modbusAddress->setText(station.modbusAddress);
+    Spin_modbusPort->setValue(station.modbusPort);
+    Spin_modbusUnit->setValue(station.modbusUnit);
 }
 
 StationSettings StationSettingsDialog::settings() const {
@@ -102,6 +151,10 @@ StationSettings StationSettingsDialog::settings() const {
     station.mqttPrefix = Text_mqttPrefix->text().trimmed();
     station.mqttCaFile = Text_mqttCaFile->text().trimmed();
     station.mqttPasswordFile = Text_mqttPasswordFile->text().trimmed();
+    station.modbusOn = Check_modbus->isChecked();
+    station.modbusAddress = Text_modbusAddress->text().trimmed();
+    station.modbusPort = uint16_t(Spin_modbusPort->value());
+    station.modbusUnit = uint8_t(Spin_modbusUnit->value());
     return station;
 }
 

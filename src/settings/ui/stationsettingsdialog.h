@@ -8,12 +8,14 @@ class QCheckBox;
 class QDialogButtonBox;
 class QLabel;
 class QLineEdit;
+class QSpinBox;
 class QTabWidget;
 
 // The "Station settings" dialog: the settings of an unattended recording
 // station, beyond the documented ones. Its pages sit in a tab widget, the
 // "Duplicates" page first, then "Telemetry" (the fleet's MQTT broker, with
-// the connection's state as the caller reports it); further pages are added
+// the connection's state as the caller reports it) and "Modbus" (the
+// readings' Modbus TCP server, with its state); further pages are added
 // with addPage(). The dialog only shows and returns the settings: the caller
 // applies and stores them when exec() was accepted (OK) or on applied()
 // (Apply); Cancel changes nothing more.
@@ -29,6 +31,8 @@ public:
     int addPage(QWidget *page, const QString &title);
     // "off", "connected", or what went wrong.
     void setTelemetryState(const QString &state);
+    // "off", where it listens, or what went wrong.
+    void setModbusState(const QString &state);
 
     QTabWidget *pages;
     QCheckBox *Check_compareHour;
@@ -39,6 +43,11 @@ public:
     QLineEdit *Text_mqttCaFile;
     QLineEdit *Text_mqttPasswordFile;
     QLabel *Label_telemetryState;
+    QCheckBox *Check_modbus;
+    QLineEdit *Text_modbusAddress;
+    QSpinBox *Spin_modbusPort;
+    QSpinBox *Spin_modbusUnit;
+    QLabel *Label_modbusState;
     QDialogButtonBox *buttons;
 
 signals:
@@ -46,4 +55,5 @@ signals:
 
 private:
     void addTelemetryPage();
+    void addModbusPage();
 };
