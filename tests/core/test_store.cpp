@@ -129,6 +129,8 @@ private slots:
         for (int i = 0; i < store->dataPoint_count; ++i)
             water << store->dataPoints[size_t(i)].water;
         QCOMPARE(water, (QList<float>{1, 2, 3, 100, 101, 102, 103, 104, 1, 2}));
+        QCOMPARE(store->append(nth(3)), AppendResult::Duplicate);
+        QCOMPARE(store->append(nth(104)), AppendResult::Duplicate);
 
         QVERIFY(!store->merge(incoming + 2, 1, MergeMode::Replace));
         QCOMPARE(store->dataPoint_count, 1);

@@ -112,6 +112,13 @@ void TestSession::startUp() {
     f.session.monitorTick();
     f.session.monitorTick();
     QCOMPARE(redraws.size(), 1);
+    // A new alarm threshold alone (as a poll's alarm reply brings it) is a
+    // metadata change, told once.
+    QSignalSpy metadata(&f.session, &MonitorSession::metadataChanged);
+    f.store().alarmThreshold = 500.0f;
+    f.session.oilName_update(u"SAE 40"_s);
+    f.session.oilName_update(u"SAE 40"_s);
+    QCOMPARE(metadata.size(), 1);
 
     const DeviceLink &link = f.session.link();
     QVERIFY(!link.queryRunning());
